@@ -1,0 +1,61 @@
+#include "input/conbin.hpp"
+
+#include <algorithm>
+
+#include "textio/real.hpp"
+
+namespace dorvek::input {
+
+std::int32_t common_bins(const PdfSet& first, PdfSet& second, Column& work,
+                         textio::Output& terminal) {
+    const std::int32_t shorter = std::min(first.nbins, second.nbins);
+    if (std::ranges::equal(first_bins(first.r, shorter), first_bins(second.r, shorter))) {
+        return shorter;
+    }
+    write_line(terminal, {"inconsistent bining: adjusted by linear interpolation"});
+    conbin(first, second, work);
+    return first.nbins;
+}
+
+void conbin(const PdfSet& first, PdfSet& second, Column& work) {
+    const auto grid = first_bins(first.r, first.nbins);
+    const auto old_grid = first_bins(second.r, second.nbins);
+    const auto resample = [&](Column& column) {
+        const auto table = first_bins(column, second.nbins);
+        std::ranges::transform(grid, work.begin(),
+                               [&](float r) { return approx(old_grid, table, r); });
+        std::copy_n(work.begin(), first.nbins, column.begin());
+    };
+    for (std::size_t p = 0; p < held_partials(second); ++p) {
+        resample(second.g[p]);
+        resample(second.cn[p]);
+    }
+    std::ranges::copy(grid, second.r.begin());
+    second.nbins = first.nbins;
+    second.used = std::max(second.used, second.nbins);
+}
+
+float approx(std::span<const float> xa, std::span<const float> ya, float x) {
+    // jl and ju count from 1 and close in on x: xa(jl) < x < xa(ju).
+    std::size_t jl = 0;
+    std::size_t ju = xa.size() + 1;
+    while (ju - jl > 1) {
+        const std::size_t jm = (ju + jl) / 2;
+        if (x == xa[jm - 1]) return ya[jm - 1];
+        if (x > xa[jm - 1]) {
+            jl = jm;
+        } else {
+            ju = jm;
+        }
+    }
+    if (jl == 0 || jl == xa.size()) return 0.0f;
+    return lintpo(xa[jl - 1], xa[jl], ya[jl - 1], ya[jl], x);
+}
+
+float lintpo(float x1, float x2, float y1, float y2, float x) {
+    const float t = (x2 - x) / (x2 - x1);  // weight of the lower point
+    const float u = 1.0f - t;
+    return u * y2 + t * y1;
+}
+
+}  // namespace dorvek::input

@@ -1,0 +1,48 @@
+// Input: a file or the terminal as a sequence of lines.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace dorvek::textio {
+
+// Text fields and file names are at most this long.
+inline constexpr std::size_t longest_field = 256;
+
+enum class Status {
+    ok,
+    illegal_character,  // a token could not be read as a number
+    end_of_input,       // no complete line is left
+    failed,             // the system could not read; Input::error says why
+};
+
+// One source of lines. The two buffers grow to the longest line met, and nothing else grows.
+struct Input {
+    int fd = -1;
+    std::size_t tab = 8;           // columns between tab stops
+    std::int64_t line_number = 0;  // of the line taken last, counted from 1
+    int error = 0;                 // errno of the read that failed
+
+    std::vector<char> block;  // bytes begin .. end have been read from fd and not yet taken
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    std::vector<char> plain;  // the line taken last, if it had to be rewritten
+};
+
+// Starts over on another file; the buffers stay. Tabs go by the environment's TABSIZE, if that is a
+// positive number.
+void attach(Input& input, int fd);
+
+// Takes the next line, without its line feed, carriage returns dropped and tabs expanded to blanks.
+// `line` is valid until the next call. A last line without a line feed counts as the end of input.
+[[nodiscard]] Status take_line(Input& input, std::string_view& line);
+
+// Reads targets.size() values free-form from as many lines as that takes, starting on a new line.
+// Targets keep their values where null values or a slash say so.
+[[nodiscard]] Status read_values(Input& input, std::span<float> targets);
+[[nodiscard]] Status read_values(Input& input, std::span<std::int32_t> targets);
+
+}  // namespace dorvek::textio

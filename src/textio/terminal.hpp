@@ -1,0 +1,29 @@
+// The terminal: questions, answers and pauses. Everything written to it is shown before a read
+// waits. A read that fails ends the run.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "textio/lines.hpp"
+#include "textio/output.hpp"
+
+namespace dorvek::textio {
+
+struct Terminal {
+    Input in;
+    Output out;
+};
+
+// Read numbers free-form. A null answer leaves the value that was there.
+void read_integer(Terminal& terminal, std::int32_t& value);
+void read_reals(Terminal& terminal, std::span<float> values);
+
+// Reads one line into a text field: its first characters, padded with blanks.
+void read_text(Terminal& terminal, std::span<char> field);
+
+// Shows a message, waits for one line, whatever it holds, and lets the computation go on.
+void pause(Terminal& terminal, std::string_view message);
+
+}  // namespace dorvek::textio
