@@ -1,0 +1,90 @@
+#include "textio/lines.hpp"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "support/typed.hpp"
+
+namespace dorvek::textio {
+namespace {
+
+// All lines of a file, and how the last read ended.
+std::vector<std::string> lines_of(std::string_view content, Status& end) {
+    Input input;
+    attach(input, support::file_holding(content));
+    std::vector<std::string> lines;
+    std::string_view line;
+    while ((end = take_line(input, line)) == Status::ok) lines.emplace_back(line);
+    EXPECT_EQ(input.line_number, static_cast<std::int64_t>(lines.size()));
+    ::close(input.fd);
+    return lines;
+}
+
+TEST(TakeLine, LeavesPlainTextAndNoControls) {
+    using Lines = std::vector<std::string>;
+    static const struct {
+        std::string_view content;
+        Lines lines;
+    } cases[] = {
+        {"", {}},
+        {"\n\n", {"", ""}},
+        {"one\ntwo\n", {"one", "two"}},
+        {"one\nnot a line", {"one"}},
+        {"one\r\n\rt\rwo\r\n", {"one", "two"}},
+        {"\tb\nab\tc\n12345678\td\n", {"        b", "ab      c", "12345678        d"}},
+        {"a\r\tb\n", {"a       b"}},
+        {std::string_view("a\0b\n", 4), {std::string("a\0b", 3)}},
+    };
+    for (const auto& [content, lines] : cases) {
+        Status end{};
+        EXPECT_EQ(lines_of(content, end), lines) << content;
+        EXPECT_EQ(end, Status::end_of_input);
+    }
+}
+
+TEST(TakeLine, ExpandsTabsByTabsize) {
+    const std::string wide = "a" + std::string(255, ' ') + "b";
+    const struct {
+        const char* size;
+        std::string expected;
+    } cases[] = {
+        {"4", "a   b"},      {"1", "a b"},
+        {"8", "a       b"},  {"0", "a       b"},
+        {"-4", "a       b"}, {"4x", "a       b"},
+        {"", "a       b"},   {"99999999999999999999", wide},  // up to the longest field
+    };
+    for (const auto& [size, expected] : cases) {
+        ::setenv("TABSIZE", size, 1);
+        Status end{};
+        EXPECT_EQ(lines_of("a\tb\n", end).at(0), expected) << size;
+    }
+    ::unsetenv("TABSIZE");
+}
+
+TEST(TakeLine, GrowsToAnyLength) {
+    // Lengths around the first block and its multiples, with short lines before and between.
+    std::string content = "first\n";
+    std::vector<std::string> lines{"first"};
+    for (const std::size_t length : {16378U, 16383U, 16384U, 16385U, 1U, 100000U, 2U}) {
+        lines.emplace_back(length, static_cast<char>('a' + length % 26));
+        content += lines.back() + "\n";
+    }
+    Status end{};
+    EXPECT_EQ(lines_of(content, end), lines);
+}
+
+TEST(TakeLine, SaysWhyItCannotRead) {
+    Input input;
+    attach(input, ::memfd_create("test", 0));
+    ::close(input.fd);
+    std::string_view line;
+    EXPECT_EQ(take_line(input, line), Status::failed);
+    EXPECT_EQ(input.error, EBADF);
+}
+
+}  // namespace
+}  // namespace dorvek::textio
