@@ -1,21 +1,23 @@
 #!/bin/sh
 # run_case.sh PROGRAM CASE [--accept]
-# Runs PROGRAM on the typed answers and data files of the directory CASE, in a scratch copy of it,
-# and compares terminal, standard error, exit status and dorvek.res with CASE/expected.
+# Runs PROGRAM, or the one that the environment names as DORVEK, on the typed answers and data files
+# of the directory CASE, in a scratch copy of it, and compares terminal, standard error, exit status,
+# dorvek.res and the names of the files left behind with CASE/expected.
 # --accept writes what came out to CASE/expected instead; review the difference like code.
 set -eu
-program=$1
+program=${DORVEK:-$1}
 case=$2
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-cp -R "$case/." "$scratch"
-rm -rf "$scratch/expected" "$scratch/stdin"
-mkdir "$scratch/got"
+mkdir "$scratch/got" "$scratch/work"
+cp -R "$case/." "$scratch/work"
+rm -rf "$scratch/work/expected" "$scratch/work/stdin"
 status=0
-(cd "$scratch" && exec "$program") <"$case/stdin" \
+(cd "$scratch/work" && exec "$program") <"$case/stdin" \
     >"$scratch/got/stdout" 2>"$scratch/got/stderr" || status=$?
 echo "$status" >"$scratch/got/status"
-[ ! -f "$scratch/dorvek.res" ] || mv "$scratch/dorvek.res" "$scratch/got"
+(cd "$scratch/work" && find . -type f | sort) >"$scratch/got/files"
+mv "$scratch/work/dorvek.res" "$scratch/got"
 if [ "${3-}" = --accept ]; then
     rm -rf "$case/expected"
     cp -R "$scratch/got" "$case/expected"

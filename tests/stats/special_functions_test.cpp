@@ -65,7 +65,7 @@ TEST(Accuracy, IsAsStated) {
         {"tutest", 1000, true, 4.0e-3}, {"ftest", 10, false, 1.0e-6},
         {"ftest", 30, false, 5.0e-6},   {"ftest", 100, false, 3.0e-5},
         {"ftest", 300, false, 5.0e-5},  {"ftest", 1000, false, 5.0e-4}};
-    std::ifstream references(REFERENCES);
+    std::ifstream references(SOURCE_DIR "/tests/stats/references.txt");
     int lines = 0;
     for (std::string line; std::getline(references, line); ++lines) {
         std::istringstream words(line);
