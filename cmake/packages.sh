@@ -24,8 +24,8 @@ need() {
 # build_preset ROOT PRESET: configures once, then builds what has changed.
 build_preset() {
     (
-        cd "$1"
-        [ -f "build/$2/build.ninja" ] || cmake --preset "$2"
+        cd "$1" || exit
+        [ -f "build/$2/build.ninja" ] || cmake --preset "$2" || exit
         cmake --build --preset "$2"
     ) >&2 </dev/null
 }

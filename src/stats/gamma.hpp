@@ -6,10 +6,15 @@
 namespace dorvek::stats {
 
 // ln Gamma(xx) for xx > 0, by a six-term series of Lanczos (1964), computed in double precision.
+// Accuracy: error below 6e-8 (1 + |ln Gamma|) for xx in [0.5, 500], the rounding to single
+// precision.
 [[nodiscard]] float gammln(float xx);
 
 // Q(a, x) = 1 - P(a, x), the complemented regularised incomplete gamma function, for a > 0,
 // x >= 0. Below x = a + 1 it is 1 less the series for P, from there on the continued fraction.
+// Accuracy: relative error below 1e-6, 3e-5 and 5e-4 for a = 4, 49 and 499 (windows of 10, 100 and
+// 1000 bins) and x within eight standard deviations of a, Q above 1e-12. Near x = a the passes do
+// not suffice from about a = 400 on.
 // A bad argument or slow convergence pauses with a message; then the computation goes on, and its
 // result means nothing after the former and is the last estimate after the latter.
 [[nodiscard]] float gammq(float a, float x, textio::Terminal& terminal);

@@ -120,12 +120,12 @@ TEST(InpdfDeathTest, SaysWhatItCouldNotRead) {
     // Also in a bin that the end of the file would have cut short.
     EXPECT_EXIT(load(loaded, "1\n", "1 x\n"), exits, "Illegal character");
     for (const std::string_view name : {std::string_view(""), std::string_view("a\0b", 3)}) {
-        EXPECT_EXIT(support::play("1\n",
-                                  [&](textio::Terminal& terminal) {
-                                      textio::Input file;
-                                      inpdf(*loaded.set, name_field(name), terminal, file);
-                                  }),
-                    exits, "\\? Bad file specification\n\\? open, unit 15");
+        const auto body = [&](textio::Terminal& terminal) {
+            textio::Input file;
+            inpdf(*loaded.set, name_field(name), terminal, file);
+        };
+        EXPECT_EXIT(support::play("1\n", body), exits,
+                    "\\? Bad file specification\n\\? open, unit 15");
     }
 }
 

@@ -11,11 +11,29 @@
 namespace dorvek::stats {
 namespace {
 
-// The result of a test on a terminal where nothing needs to be typed.
-template <typename Test>
-auto quietly(Test test) {
-    decltype(test(std::declval<textio::Terminal&>())) result{};
-    EXPECT_EQ(support::play("", [&](textio::Terminal& terminal) { result = test(terminal); }), "");
+using textio::Terminal;
+
+// Each test on a terminal where nothing needs to be typed.
+MeanTest t_test(std::int32_t n1, std::int32_t n2, Pair mean, Pair var) {
+    MeanTest result;
+    const auto body = [&](Terminal& terminal) { result = tutest(n1, n2, mean, var, terminal); };
+    EXPECT_EQ(support::play("", body), "");
+    return result;
+}
+
+VarianceTest f_test(std::int32_t n1, std::int32_t n2, Pair var) {
+    VarianceTest result;
+    const auto body = [&](Terminal& terminal) { result = ftest(n1, n2, var, terminal); };
+    EXPECT_EQ(support::play("", body), "");
+    return result;
+}
+
+using Bins = std::array<float, 6>;
+
+DistributionTest chi_square_test(const Bins& u, const Bins& v, std::int64_t constraints) {
+    DistributionTest result;
+    const auto body = [&](Terminal& terminal) { result = ditest(u, v, constraints, terminal); };
+    EXPECT_EQ(support::play("", body), "");
     return result;
 }
 
@@ -54,15 +72,12 @@ TEST(Tutest, AgreesWithPublishedCases) {
          {0.0001f, 0.001f, 0.0000005f}},
     };
     for (const auto& [n1, n2, mean, var, expected, unit] : cases) {
-        const MeanTest got =
-            quietly([&](textio::Terminal& t) { return tutest(n1, n2, mean, var, t); });
+        const MeanTest got = t_test(n1, n2, mean, var);
         expect_digits(got.stud, expected.stud, unit.stud);
         expect_digits(got.doff, expected.doff, unit.doff);
         expect_digits(got.sgfc, expected.sgfc, unit.sgfc);
 
-        const MeanTest exchanged = quietly([&](textio::Terminal& t) {
-            return tutest(n2, n1, {mean[1], mean[0]}, {var[1], var[0]}, t);
-        });
+        const MeanTest exchanged = t_test(n2, n1, {mean[1], mean[0]}, {var[1], var[0]});
         EXPECT_EQ(exchanged.stud, -got.stud);
         EXPECT_EQ(exchanged.doff, got.doff);
         EXPECT_EQ(exchanged.sgfc, got.sgfc);
@@ -81,35 +96,29 @@ TEST(Ftest, AgreesWithPublishedCases) {
         {100, 100, {0.01f, 0.012f}, {1.2f, 0.366f}, {1.0e-6f, 0.0005f}},
     };
     for (const auto& [n1, n2, var, expected, unit] : cases) {
-        const VarianceTest got =
-            quietly([&](textio::Terminal& t) { return ftest(n1, n2, var, t); });
+        const VarianceTest got = f_test(n1, n2, var);
         expect_digits(got.stud, expected.stud, unit.stud);
         expect_digits(got.sgfc, expected.sgfc, unit.sgfc);
-        const VarianceTest exchanged = quietly([&](textio::Terminal& t) {
-            return ftest(n2, n1, {var[1], var[0]}, t);
-        });
+        const VarianceTest exchanged = f_test(n2, n1, {var[1], var[0]});
         EXPECT_EQ(exchanged.stud, got.stud);
         EXPECT_EQ(exchanged.sgfc, got.sgfc);
     }
 }
 
 TEST(Ditest, LeavesOutEmptyBins) {
-    const std::array u{0.0f, 1.0f, 2.0f, 4.0f, 3.0f, 0.0f};
-    const std::array v{0.0f, 1.5f, 2.0f, 3.0f, 3.5f, 1.0f};
-    const auto test = [&](std::int64_t constraints) {
-        return quietly([&](textio::Terminal& t) { return ditest(u, v, constraints, t); });
-    };
-    EXPECT_EQ(test(0).doff, 3.0f);
+    const Bins u{0.0f, 1.0f, 2.0f, 4.0f, 3.0f, 0.0f};
+    const Bins v{0.0f, 1.5f, 2.0f, 3.0f, 3.5f, 1.0f};
+    EXPECT_EQ(chi_square_test(u, v, 0).doff, 3.0f);
     // 0.25/2.5 + 1/7 + 0.25/6.5 + 1; Q(3/2, x) = erfc(sqrt x) + 2 sqrt(x / pi) exp(-x)
     const double chsq = 0.1 + 1.0 / 7 + 0.25 / 6.5 + 1;
     const double x = chsq / 2;
-    EXPECT_NEAR(test(0).chsq, chsq, 1.0e-6);
-    EXPECT_NEAR(test(0).sgfc,
+    EXPECT_NEAR(chi_square_test(u, v, 0).chsq, chsq, 1.0e-6);
+    EXPECT_NEAR(chi_square_test(u, v, 0).sgfc,
                 std::erfc(std::sqrt(x)) + 2 * std::sqrt(x / std::acos(-1.0)) * std::exp(-x),
                 1.0e-6);
-    EXPECT_EQ(test(1).doff, 2.0f);
-    EXPECT_NEAR(test(1).sgfc, std::exp(-x), 1.0e-6);  // two degrees of freedom
-    const DistributionTest same = quietly([&](textio::Terminal& t) { return ditest(u, u, 0, t); });
+    EXPECT_EQ(chi_square_test(u, v, 1).doff, 2.0f);
+    EXPECT_NEAR(chi_square_test(u, v, 1).sgfc, std::exp(-x), 1.0e-6);  // two degrees of freedom
+    const DistributionTest same = chi_square_test(u, u, 0);
     EXPECT_EQ(same.doff, 2.0f);
     EXPECT_EQ(same.chsq, 0.0f);
     EXPECT_EQ(same.sgfc, 1.0f);
@@ -140,17 +149,18 @@ TEST(Statana, PausesWhereThereIsNothingToTest) {
         // converge; gammq at a = 0 pauses, and so does its series, which starts from 1 / a.
         {3, 4, 5, 0, beta + beta + beta + "  \n" + gamma, 0, 2.0f / 7},
     };
-    for (const auto& [ilo, ihi, second, constraints, shown, doff, chsq] : cases) {
-        SCOPED_TRACE(shown);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.shown);
         ComparisonResult result;
-        const std::array<std::int32_t, 2> ipdf{2, second};
-        const std::string got = support::play("\n\n\n\n\n", [&](textio::Terminal& terminal) {
-            result = statana(ilo, ihi, ipdf, constraints, {2, 2}, {0.5f, 0.5f}, *sets, terminal);
+        const std::array<std::int32_t, 2> ipdf{2, c.second};
+        const std::string got = support::play("\n\n\n\n\n", [&](Terminal& terminal) {
+            result =
+                statana(c.ilo, c.ihi, ipdf, c.constraints, {2, 2}, {0.5f, 0.5f}, *sets, terminal);
         });
-        EXPECT_EQ(got, shown);
-        EXPECT_EQ(result.distribution.doff, doff);
-        if (ihi > ilo + 1) {
-            EXPECT_NEAR(result.distribution.chsq, chsq, 1.0e-3);
+        EXPECT_EQ(got, c.shown);
+        EXPECT_EQ(result.distribution.doff, c.doff);
+        if (c.ihi > c.ilo + 1) {
+            EXPECT_NEAR(result.distribution.chsq, c.chsq, 1.0e-3);
             EXPECT_EQ(result.mean.stud, 0.0f);
             EXPECT_EQ(result.mean.sgfc, 1.0f);
             EXPECT_EQ(result.variance.stud, 1.0f);

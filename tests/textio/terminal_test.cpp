@@ -59,11 +59,9 @@ TEST(ReadText, FillsTheFieldWithOneLine) {
     const std::pair<const char*, std::string> cases[] = {
         {"\n", "    "}, {" ab\n", " ab "}, {"abcdef\n", "abcd"}, {"a\tb\n", "a   "}};
     for (const auto& [typed, expected] : cases) {
-        play(typed, [&](Terminal& terminal) {
-            std::array<char, 4> field{};
-            read_text(terminal, field);
-            EXPECT_EQ(std::string(field.data(), field.size()), expected);
-        });
+        std::array<char, 4> field{};
+        play(typed, [&](Terminal& terminal) { read_text(terminal, field); });
+        EXPECT_EQ(std::string(field.data(), field.size()), expected);
     }
 }
 
