@@ -1,0 +1,28 @@
+#!/bin/sh
+# bare-debian.sh TREE.tar
+# Installs both packages of build/release on a bare Debian 12 and tries them there as a user without
+# rights. TREE.tar holds the bare system; it is made with debootstrap if it is not there, which
+# takes a minute and the network. Needs root.
+set -eu
+tree=$1
+cd "$(dirname "$0")/.."
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+if [ ! -f "$tree" ]; then
+    debootstrap --variant=minbase bookworm "$root"
+    tar -C "$root" -cf "$tree.part" .
+    mv "$tree.part" "$tree"
+else
+    tar -C "$root" -xf "$tree"
+fi
+install -m 644 -t "$root/tmp" \
+    tests/packaging/try.sh build/release/dorvek_*.deb build/release/dorvek-*.tar.gz
+
+inside() { env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin chroot "$@"; }
+as_user() { inside --userspec=nobody:nogroup "$root" "$@"; }
+inside "$root" sh -c 'dpkg -i /tmp/dorvek_*.deb'
+as_user sh /tmp/try.sh /usr
+inside "$root" dpkg -r dorvek
+[ ! -e "$root/usr/bin/dorvek" ] && [ ! -e "$root/usr/share/doc/dorvek" ]
+as_user sh -c 'mkdir /tmp/dorvek && tar -xzf /tmp/dorvek-*.tar.gz -C /tmp/dorvek --strip-components=1'
+as_user sh /tmp/try.sh /tmp/dorvek

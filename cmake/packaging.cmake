@@ -1,0 +1,34 @@
+# Installing, and packages that can be installed: cmake --build --preset release --target package
+
+include(GNUInstallDirs)
+install(TARGETS dorvek)
+install(PROGRAMS tools/dorvek-batch tools/dorvek-plot tools/dorvek-table
+  TYPE BIN OPTIONAL)
+install(FILES man/dorvek.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES README.md CHANGELOG.md LICENSE CITATION.cff TYPE DOC OPTIONAL)
+install(DIRECTORY examples TYPE DOC PATTERN dorvek.res EXCLUDE)
+
+set(CPACK_GENERATOR TGZ DEB)
+set(CPACK_PACKAGE_VENDOR "the dorvek developers")
+# Between the brackets Debian wants an address of mail; the project has none.
+set(CPACK_PACKAGE_CONTACT "the dorvek developers <>")
+set(CPACK_PACKAGE_DESCRIPTION
+  "dorvek reads pair distribution functions of disordered materials and reports
+the statistics of one peak, with errors and without fitting a shape:
+coordination number, mean, mode, variance and its two halves, skewness and
+kurtosis. It compares the peaks of two samples by a t-test, an F-test and a
+chi-square test.")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+string(TOLOWER "dorvek-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}"
+  CPACK_PACKAGE_FILE_NAME)
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS gnuplot-nox)
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS parallel)
+if(NOT DORVEK_STATIC)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+endif()
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/staged.cmake)
+include(CPack)

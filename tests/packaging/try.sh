@@ -1,0 +1,16 @@
+#!/bin/sh
+# try.sh PREFIX: do the examples work with what is installed below PREFIX?
+set -eu
+[ -x "$1/bin/dorvek" ]
+PATH=$1/bin:$PATH
+share=$1/share
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+cp -R "$share/doc/dorvek/examples" "$scratch"
+cd "$scratch"
+dorvek <examples/silica/answers_two_samples | cmp - examples/silica/expected/answers_two_samples.out
+cd examples/silica
+zcat -f "$share"/man/man1/dorvek.1* |
+    sed -n '/^printf.*| dorvek$/{s/\\(aq/'"'"'/g; s/\\e/\\/g; p;}' | sh >shown
+# The running number of the data at 2.29 less that at 1.29.
+grep '^ CN=     4\.00782  +/- ' shown dorvek.res
