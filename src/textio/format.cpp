@@ -110,10 +110,10 @@ char* put_positional(char* out, Decimal decimal) {
     }
     std::array<char, 6> digits{};
     put_digits(digits.data(), decimal.digits, 6);
-    const auto point = digits.begin() + decimal.exponent + 1;
-    out = std::copy(digits.begin(), point, out);
+    const auto whole = static_cast<std::size_t>(decimal.exponent + 1);
+    out = std::copy_n(digits.data(), whole, out);
     *out++ = '.';
-    return std::copy(point, digits.end(), out);
+    return std::copy_n(digits.data() + whole, digits.size() - whole, out);
 }
 
 // Seven digits, the point behind the first, and a two-digit exponent.

@@ -1,0 +1,126 @@
+#!/bin/sh
+# faults.sh PROGRAM
+# Faults of the system: what the user sees, how the run ends, and that every report finished before
+# is in dorvek.res. Needs strace, and runs the program as an ordinary user.
+set -eu
+program=${DORVEK:-$1}
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+mkdir "$scratch/work"
+cp "$program" "$scratch/dorvek"
+chmod 755 "$scratch"
+[ "$(id -u)" -ne 0 ] || chown -R nobody "$scratch/work"
+cd "$scratch/work"
+
+# What is typed: data from FILE (default peak.dat), two windows, an end.
+printf '1 1 0\n2 2 2\n3 1 4\n4 0 4\n5 0 4\n' >peak.dat
+answers() {
+    printf '1\n%s\n1\nname\n1\n0\n0 3.5\ny\n1\n0\n0 3.5\nn\nn\n' "${1-peak.dat}"
+}
+
+# become_user COMMAND...: root may read and write anything, so root becomes nobody.
+become_user() {
+    [ "$(id -u)" -ne 0 ] || set -- setpriv --reuid=nobody --regid=nogroup --clear-groups "$@"
+    exec "$@"
+}
+
+# run COMMAND...: what it shows goes to ../out and ../err, its status to $status.
+run() {
+    status=0
+    (become_user "$@") >../out 2>../err || status=$?
+}
+
+# expect NAME STATUS REPORTS [MESSAGE PLACE]: how it ended, the reports in dorvek.res, and what
+# standard error says: nothing, or the three lines of a run-time error.
+expect() {
+    reports=0
+    [ ! -f dorvek.res ] || reports=$(grep -c '^ cum4= ' dorvek.res) || true
+    : >../expected
+    [ $# -le 3 ] || printf '? Run-time error\n? %s\n? %s\n' "$4" "$5" >../expected
+    if [ "$status" -ne "$2" ] || [ "$reports" -ne "$3" ] || ! diff ../expected ../err; then
+        echo "$1: status $status, $reports reports"
+        exit 1
+    fi
+    rm -f dorvek.res
+}
+
+results='unit 16, file "dorvek.res"'
+
+# dorvek.res
+mkdir dorvek.res
+answers >../typed
+run ../dorvek <../typed
+rmdir dorvek.res
+expect 'a directory of that name' 255 0 'Cannot open file: Is a directory' "open, $results"
+chmod a-w .
+run ../dorvek <../typed
+chmod u+w .
+expect 'read-only directory' 255 0 'Cannot open file: Permission denied' "open, $results"
+ln -s /dev/full dorvek.res
+run ../dorvek <../typed
+rm dorvek.res
+expect 'full disk' 255 0 'Cannot write: No space left on device' "write, $results"
+run sh -c 'ulimit -f 2; ../dorvek' <../typed # blocks of 512 bytes: the second report does not fit
+expect 'file-size limit' 255 1 'Cannot write: File too large' "write, $results"
+
+# The PDF file
+mkdir folder
+answers folder >../typed
+run ../dorvek <../typed
+expect 'a directory as data' 255 0 'Cannot read: Is a directory' 'read, unit 15, file "folder", line 1'
+cp peak.dat secret
+chmod 0 secret
+answers secret >../typed
+run ../dorvek <../typed
+expect 'unreadable data' 255 0 'Cannot open file: Permission denied' 'open, unit 15, file "secret"'
+answers no/such/folder >../typed
+run ../dorvek <../typed
+expect 'no folder' 255 0 'Cannot open file: No such file or directory' \
+    'open, unit 15, file "no/such/folder"'
+answers >../typed
+# inject FAULT FILE...: lets system calls on these files fail.
+inject() {
+    fault=$1
+    shift
+    run strace -qq -o /dev/null -e "inject=$fault" "$@" ../dorvek <../typed
+}
+inject read:error=EIO:when=2 -P "$PWD/peak.dat"
+expect 'failure in mid-read' 255 0 'Cannot read: Input/output error' \
+    'read, unit 15, file "peak.dat", line 6'
+inject close:error=EIO -P "$PWD/dorvek.res"
+expect 'failure on closing' 255 2 'Cannot write: Input/output error' "close, $results"
+for call in read write close; do
+    inject "$call:error=EINTR:when=1+2" -P "$PWD/peak.dat" -P "$PWD/dorvek.res" -P "$scratch/typed" -P "$scratch/out"
+    expect "interrupted $call" 0 2
+done
+
+# Standard streams
+run sh -c '../dorvek <&-'
+expect 'closed input' 255 0 'Attempt to read past end of file' 'read, unit *'
+run ../dorvek <.
+expect 'a directory as input' 255 0 'Cannot read: Is a directory' 'read, unit *'
+run sh -c '../dorvek >&-' <../typed
+expect 'closed output' 0 2
+run sh -c '../dorvek >/dev/full' <../typed
+expect 'full output' 0 2
+run sh -c '(../dorvek; echo $? >status) | :' <../typed
+status=$(cat status)
+expect 'output that nobody reads' 0 2
+run sh -c '../dorvek 2>&-' </dev/null
+expect 'closed error' 255 0
+
+# Signals at a prompt, with one report shown
+mkfifo ../in ../shown
+for signal in INT:130 TERM:143 KILL:137; do
+    become_user env --default-signal=INT ../dorvek <../in >../shown 2>../err &
+    exec 3>../in 4<../shown
+    answers | head -n 7 >&3
+    while read -r line <&4; do
+        case $line in *'more analysis'*) break ;; esac
+    done
+    kill -s "${signal%:*}" $!
+    status=0
+    wait $! || status=$?
+    exec 3>&- 4<&-
+    expect "SIG${signal%:*} at a prompt" "${signal#*:}" 1
+done
