@@ -5,13 +5,21 @@
 #include "textio/real.hpp"
 
 namespace dorvek::input {
+namespace {
+
+// Looks at every bin without stopping at a difference: that is what the compiler makes vectors of.
+bool same_values(std::span<const float> a, std::span<const float> b) {
+    std::uint32_t differences = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) differences += a[i] != b[i] ? 1U : 0U;
+    return differences == 0;
+}
+
+}  // namespace
 
 std::int32_t common_bins(const PdfSet& first, PdfSet& second, Column& work,
                          textio::Output& terminal) {
     const std::int32_t shorter = std::min(first.nbins, second.nbins);
-    if (std::ranges::equal(first_bins(first.r, shorter), first_bins(second.r, shorter))) {
-        return shorter;
-    }
+    if (same_values(first_bins(first.r, shorter), first_bins(second.r, shorter))) return shorter;
     write_line(terminal, {"inconsistent bining: adjusted by linear interpolation"});
     conbin(first, second, work);
     return first.nbins;
