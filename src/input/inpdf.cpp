@@ -43,6 +43,16 @@ int open_file(std::string_view name, textio::Output& terminal) {
     return fd;
 }
 
+[[noreturn]] void read_error(Status status, const textio::Input& file, Place place,
+                             textio::Output& terminal) {
+    place.line = file.line_number;
+    if (status == Status::illegal_character) {
+        runtime_error(terminal, place, "Illegal character in numeric input");
+    }
+    ++place.line;  // the one that could not be taken
+    runtime_error(terminal, place, "Cannot read", file.error);
+}
+
 // Reads bins up to the end of the file, or one more than there is room for. Returns how many.
 std::int32_t read_bins(PdfSet& set, textio::Input& file, const Place& place,
                        textio::Output& terminal) {
@@ -52,13 +62,8 @@ std::int32_t read_bins(PdfSet& set, textio::Input& file, const Place& place,
         const auto numbers = std::span(row).first(1 + 2 * partials);
         std::ranges::fill(numbers, 0.0f);  // a null value leaves 0
         const Status status = textio::read_values(file, numbers);
-        Place failure = place;
-        failure.line = file.line_number + (status == Status::failed ? 1 : 0);
-        if (status == Status::illegal_character) {
-            runtime_error(terminal, failure, "Illegal character in numeric input");
-        }
-        if (status == Status::failed) runtime_error(terminal, failure, "Cannot read", file.error);
         if (status == Status::end_of_input) return bins;
+        if (status != Status::ok) read_error(status, file, place, terminal);
         if (bins == maxbin) return bins + 1;
 
         const auto bin = static_cast<std::size_t>(bins);

@@ -168,6 +168,13 @@ Scan scan(std::string_view line, ScanState& state, std::span<Number> targets) {
     while (state.filled < targets.size()) {
         while (at != line_end && *at == ' ') ++at;
         if (at == line_end) return Scan::wants_more;
+        Number value{};
+        if (const char* stop = take_plain(at, line_end, value); stop != nullptr) {
+            targets[state.filled++] = value;
+            state.separator_due = true;
+            at = stop;
+            continue;
+        }
         if (*at == '/') return Scan::complete;
         if (*at == ',') {
             if (!state.separator_due) ++state.filled;
@@ -176,12 +183,6 @@ Scan scan(std::string_view line, ScanState& state, std::span<Number> targets) {
             continue;
         }
         state.separator_due = true;
-        Number value{};
-        if (const char* stop = take_plain(at, line_end, value); stop != nullptr) {
-            targets[state.filled++] = value;
-            at = stop;
-            continue;
-        }
         const char* const token = at;
         while (!token_ends(at, line_end)) ++at;
         std::int64_t count = 0;

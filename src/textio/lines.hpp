@@ -19,10 +19,11 @@ enum class Status {
     failed,             // the system could not read; Input::error says why
 };
 
-// One source of lines. The two buffers grow to the longest line met, and nothing else grows.
+// One source of lines, once attached to a file. The two buffers grow to the longest line met, and
+// nothing else grows.
 struct Input {
-    int fd = -1;
-    std::size_t tab = 8;           // columns between tab stops
+    int fd = 0;
+    std::size_t tab = 0;           // columns between tab stops
     std::int64_t line_number = 0;  // of the line taken last, counted from 1
     int error = 0;                 // errno of the read that failed
 

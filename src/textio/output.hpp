@@ -12,7 +12,7 @@ namespace dorvek::textio {
 
 // Where lines go. After a write that failed, what follows is dropped.
 struct Output {
-    int fd = -1;
+    int fd = 0;
     int error = 0;         // errno of the write that failed
     std::size_t used = 0;  // bytes of the buffer not yet written
     std::array<char, 4096> buffer{};

@@ -1,0 +1,143 @@
+#!/bin/sh
+# Measures whole processes side by side and prints the tables of bench/README.md: dorvek, a bare
+# loop that reads the same numbers, and the loaders of numpy and pandas. Installs what it needs with
+# apt-get where it is missing, and says so.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+. "$root/cmake/packages.sh"
+need g++ cmake ninja-build libbenchmark-dev valgrind gawk python3 python3-numpy python3-pandas
+build_preset "$root" bench
+dorvek=$root/build/bench/dorvek
+limit=$root/build/bench/bench/limit
+
+# In memory where that can be: the disk is not what is compared.
+scratch=$(mktemp -d -p "$([ -d /dev/shm ] && echo /dev/shm || echo /tmp)")
+trap 'rm -rf "$scratch"' EXIT
+cd "$scratch"
+
+# data BINS PARTIALS STEP FORMAT SHIFT: a file of peaks that move with the partial.
+data() {
+    LC_ALL=C gawk -v bins="$1" -v partials="$2" -v step="$3" -v format="$4" -v shift="$5" 'BEGIN {
+        for (i = 1; i <= bins; i++) {
+            r = step * i
+            line = sprintf(format, r)
+            for (p = 1; p <= partials; p++) {
+                d = r - 1.6 - 0.05 * p - shift
+                g = d * d < 4 ? 6 * exp(-50 * d * d) : 0
+                if (r > 2.4) g += 1 + 0.3 * sin(7 * r + p) / r
+                cn[p] += g * r * r * step
+                line = line sprintf(format format, g, cn[p])
+            }
+            print line
+        }
+    }'
+}
+
+# one FILE PARTIALS RMAX, two FILE FILE WINDOWS: the answers to type.
+one() {
+    printf '1\n%s\n%s\nsample\n1\n0\n1.4 %s\nn\nn\n' "$1" "$2" "$3"
+}
+two() {
+    printf '2\n%s\n10\nfirst\n%s\n10\nsecond\n' "$1" "$2"
+    for window in $(seq "$3"); do
+        [ "$window" -eq 1 ] || echo y
+        printf '1\n0\n1\n0\n1.4 1.8\n'
+    done
+    printf 'n\nn\n'
+}
+
+# instructions INPUT PROGRAM...
+instructions() {
+    input=$1
+    shift
+    valgrind --tool=callgrind --callgrind-out-file=/dev/null "$@" 2>&1 >/dev/null <"$input" |
+        awk '/Collected/ { print $4 }'
+}
+
+cat >numpy_load.py <<'END'
+import sys, numpy
+for name in sys.argv[1:]:
+    numpy.loadtxt(name, dtype=numpy.float32)
+END
+cat >pandas_load.py <<'END'
+import sys, pandas
+for name in sys.argv[1:]:
+    pandas.read_csv(name, sep=r"\s+", header=None, dtype="float32")
+END
+
+# row NAME ROUNDS INPUT FILES [numpy]: one line of the first table and, with numpy, of the second.
+row() {
+    name=$1 rounds=$2 input=$3 files=$4
+    set -- "$input $dorvek" "/dev/null $limit $files" "${5-}"
+    if [ -n "$3" ]; then
+        set -- "$1" "$2" "/dev/null /usr/bin/python3 numpy_load.py $files" \
+            "/dev/null /usr/bin/python3 pandas_load.py $files"
+    else
+        set -- "$1" "$2"
+    fi
+    "$root/build/bench/bench/side_by_side" "$rounds" "$@" >measured
+    first_files=$(echo "$files" | sed 's/@/1/')
+    # shellcheck disable=SC2086 # a list of files
+    awk -v name="$name" \
+        -v dorvek="$(instructions "$(echo "$input" | sed 's/@/1/')" "$dorvek")" \
+        -v limit="$(instructions /dev/null "$limit" $first_files)" '
+        { ms[NR] = $1 / 1000; faults[NR] = $2; kb[NR] = $3 }
+        END {
+            printf "| %s | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %d | %d | %d | %d |\n", name,
+                dorvek / 1e6, limit / 1e6, dorvek / limit, ms[1], ms[2], ms[1] / ms[2],
+                faults[1], faults[2], kb[1], kb[2]
+            if (NR > 2)
+                printf "| %s | %.1f | %.0f | %.1f | %.0f | %.1f |\n", name,
+                    ms[1], ms[3], ms[3] / ms[1], ms[4], ms[4] / ms[1] >>"loaders"
+        }' measured
+}
+
+for n in 1 2; do
+    data 10000 10 0.002 '%12.6f' "0.0$n" >"f$n"
+    data 10000 10 0.002 ' %.6E' "0.0$n" >"e$n"
+done
+data 10000 10 0.0021 '%12.6f' 0.01 >other_grid
+data 10000 1 0.002 '%12.6f' 0.01 >narrow
+data 400 3 0.02 '%12.6f' 0.01 >small1
+for n in $(seq 2 2000); do cp small1 "small$n"; done
+for n in $(seq 2000); do one "small$n" 3 2.1 >"small$n.typed"; done
+two f1 f2 1 >f.typed
+two e1 e2 1 >e.typed
+two f1 f2 11 >windows.typed
+two f1 other_grid 1 >grids.typed
+one narrow 1 1.8 >narrow.typed
+
+grep -m 1 'model name' /proc/cpuinfo | sed 's/.*: //'
+echo "$(nproc) cores, Debian $(cat /etc/debian_version), $(g++ --version | head -n 1), $(date +%F)"
+echo "load average $(cut -d ' ' -f 1-3 /proc/loadavg)"
+echo
+echo "| work | Minstr | limit | ratio | ms | limit | ratio | faults | limit | peak KB | limit |"
+echo "|---|---|---|---|---|---|---|---|---|---|---|"
+row "two files, %12.6f" 15 f.typed "f1 f2" numpy
+row "two files, %.6E" 15 e.typed "e1 e2" numpy
+row "two files, two grids" 15 grids.typed "f1 other_grid"
+row "one file, 10000 x 1" 101 narrow.typed narrow
+row "one file, 400 x 3, 2000 times" 2000 small@.typed small@
+echo
+echo "| work | dorvek ms | numpy ms | ratio | pandas ms | ratio |"
+echo "|---|---|---|---|---|---|"
+cat loaders
+echo
+before=$(instructions f.typed "$dorvek")
+after=$(instructions windows.typed "$dorvek")
+echo "Each further window: $(((after - before) / 10)) instructions"
+echo
+echo "| bins | bytes | instructions | per bin |"
+echo "|---|---|---|---|"
+start=0
+for bins in 0 100 300 1000 3000 10000; do
+    head -n "$bins" f1 >part
+    one part 10 1.8 >part.typed
+    count=$(instructions part.typed "$dorvek")
+    if [ "$bins" -eq 0 ]; then
+        start=$count
+        echo "| 0 | 0 | $count | |"
+    else
+        echo "| $bins | $(wc -c <part) | $count | $(((count - start) / bins)) |"
+    fi
+done
