@@ -1,4 +1,4 @@
-// The peaks of the silica example against double precision; silica.py beside this file computes the
+// The peaks of the silica example against double precision; references/silica.py computes the
 // expected values, and derives each tolerance from the rounding of single precision.
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ constexpr struct {
 TEST(Silica, AgreesWithDoublePrecision) {
     const auto sets = std::make_unique<std::array<input::PdfSet, 2>>();
     const auto work = std::make_unique<input::Column>();
-    std::ifstream expected(SOURCE_DIR "/tests/analysis/silica.txt");
+    std::ifstream expected(SOURCE_DIR "/references/silica.txt");
     std::int32_t partial = 0;
     input::Window typed;
     std::string name;

@@ -43,7 +43,7 @@ Paused gamma_q(float a, float x) {
 }
 
 // How far off each routine may be for windows of so many bins; what the headers and the README
-// state. The lines of references.txt say routine, bins, arguments, value; references.py beside it
+// state. The lines of references/special_functions.txt say routine, bins, arguments, value; the script beside it
 // computes them in 40 digits. The worst errors met are printed.
 TEST(Accuracy, IsAsStated) {
     struct Claim {
@@ -65,7 +65,7 @@ TEST(Accuracy, IsAsStated) {
         {"tutest", 1000, true, 4.0e-3}, {"ftest", 10, false, 1.0e-6},
         {"ftest", 30, false, 5.0e-6},   {"ftest", 100, false, 3.0e-5},
         {"ftest", 300, false, 5.0e-5},  {"ftest", 1000, false, 5.0e-4}};
-    std::ifstream references(SOURCE_DIR "/tests/stats/references.txt");
+    std::ifstream references(SOURCE_DIR "/references/special_functions.txt");
     int lines = 0;
     for (std::string line; std::getline(references, line); ++lines) {
         std::istringstream words(line);

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""Writes references.txt: the special functions and tests at exact single-precision arguments.
+"""Writes special_functions.txt: the special functions and tests at exact single-precision arguments.
 
 Needs mpmath (Debian: python3-mpmath). Each line: routine, bins of the window, arguments, value.
-    ./references.py > references.txt
+    ./special_functions.py > special_functions.txt
 """
 import struct
 

@@ -1,5 +1,5 @@
 #!/bin/sh
-# packaging.sh BUILD [packages]: installs BUILD below a scratch directory, moves that, and tries it.
+# test.sh BUILD [packages]: installs BUILD below a scratch directory, moves that, and tries it.
 # With `packages`, does the same with what the packages of BUILD hold, which has to be static.
 set -eu
 build=$(cd "$1" && pwd)

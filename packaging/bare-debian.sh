@@ -16,7 +16,7 @@ else
     tar -C "$root" -xf "$tree"
 fi
 install -m 644 -t "$root/tmp" \
-    tests/packaging/try.sh build/release/dorvek_*.deb build/release/dorvek-*.tar.gz
+    packaging/try.sh build/release/dorvek_*.deb build/release/dorvek-*.tar.gz
 
 inside() { env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin chroot "$@"; }
 as_user() { inside --userspec=nobody:nogroup "$root" "$@"; }
