@@ -43,8 +43,8 @@ Paused gamma_q(float a, float x) {
 }
 
 // How far off each routine may be for windows of so many bins; what the headers and the README
-// state. The lines of references/special_functions.txt say routine, bins, arguments, value; the script beside it
-// computes them in 40 digits. The worst errors met are printed.
+// state. The lines of references/special_functions.txt say routine, bins, arguments, value; the
+// script beside it computes them in 40 digits. The worst errors met are printed.
 TEST(Accuracy, IsAsStated) {
     struct Claim {
         std::string routine;
