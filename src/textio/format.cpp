@@ -110,7 +110,7 @@ char* put_positional(char* out, Decimal decimal) {
     }
     std::array<char, 6> digits{};
     put_digits(digits.data(), decimal.digits, 6);
-    const auto whole = static_cast<std::size_t>(decimal.exponent + 1);
+    const std::size_t whole = static_cast<std::size_t>(decimal.exponent) + 1;
     out = std::copy_n(digits.data(), whole, out);
     *out++ = '.';
     return std::copy_n(digits.data() + whole, digits.size() - whole, out);

@@ -61,8 +61,7 @@ TEST(Pdfana, WorkedExample) {
             {s.arat, 1.0f},         {s.pmo3, 0.0f},        {s.dpmo3, 0.5f},
             {s.skew, 0.0f},         {s.dskew, 1.7320508f}, {s.pmo4, 0.5f},
             {s.dpmo4, 0.35355338f}, {s.cum4, -0.25f},      {s.dcum4, 1.4142135f},
-            {s.dkurt, 3.4641016f},  {s.kurt, -0.99999976f}};  // sdev^4 is not quite var^2 in single
-                                                              // precision
+            {s.dkurt, 3.4641016f},  {s.kurt, -0.99999976f}};  // sdev^4 is not var^2 to the last bit
         for (const auto& [got, expected] : values) EXPECT_EQ(got, expected);
     }
 }
