@@ -46,6 +46,13 @@ expect() {
 
 results='unit 16, file "dorvek.res"'
 
+# An argument must not cost the last results.
+echo kept >dorvek.res
+run ../dorvek --help </dev/null
+grep -q '^usage: dorvek ' ../err && : >../err
+[ "$(cat dorvek.res)" = kept ]
+expect 'an argument' 2 0
+
 # dorvek.res
 mkdir dorvek.res
 answers >../typed
@@ -89,9 +96,12 @@ expect 'failure in mid-read' 255 0 'Cannot read: Input/output error' \
     'read, unit 15, file "peak.dat", line 6'
 inject close:error=EIO -P "$PWD/dorvek.res"
 expect 'failure on closing' 255 2 'Cannot write: Input/output error' "close, $results"
-for call in read write close; do
-    inject "$call:error=EINTR:when=1+2" -P "$PWD/peak.dat" -P "$PWD/dorvek.res" -P "$scratch/typed" -P "$scratch/out"
-    expect "interrupted $call" 0 2
+# Signals interrupt a call; a stream that another program left non-blocking is not ready at once.
+for fault in read:error=EINTR write:error=EINTR close:error=EINTR read:error=EAGAIN \
+    write:error=EAGAIN; do
+    inject "$fault:when=1+2" -P "$PWD/peak.dat" -P "$PWD/dorvek.res" -P "$scratch/typed" \
+        -P "$scratch/out"
+    expect "$fault" 0 2
 done
 
 # Standard streams
