@@ -1,17 +1,13 @@
-// The exact decimal expansion of floats and of the points between them, and from it the text that a
-// float must be written as. A way of its own, slow and plain: everything is added up and rounded
-// digit by digit in base 10, where src/textio multiplies and shifts binary integers.
+// The exact decimal expansion of floats and of the points between them, what writing and reading
+// are checked against. A way of its own, slow and plain: everything is added up in base 10, where
+// src/textio multiplies and shifts binary integers.
 #pragma once
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
-#include <utility>
 
 namespace dorvek::exact {
 
@@ -92,44 +88,6 @@ inline void expand(const Walk& walk, Decimal& decimal) {
 
 inline char digit(const Decimal& decimal, std::size_t i) {
     return i < decimal.count ? decimal.digits[i] : '0';
-}
-
-// The form that a magnitude is written in decides how many digits it has: six or seven.
-inline bool is_positional(float magnitude) {
-    const double m = magnitude;
-    return m == 0.0 || (m >= 0.09999995 && m < 999999.5);
-}
-inline std::size_t digits_written(float magnitude) {
-    return is_positional(magnitude) ? 6 : 7;
-}
-
-// The text for a magnitude, given its expansion if it is finite.
-inline std::string written(float magnitude, const Decimal& decimal) {
-    if (std::isnan(magnitude)) return "  NaN";
-    if (std::isinf(magnitude)) return "  INF";
-    const std::size_t count = digits_written(magnitude);
-    std::string digits;
-    for (std::size_t i = 0; i < count; ++i) digits += digit(decimal, i);
-    int point = decimal.point;
-    if (digit(decimal, count) >= '5') {
-        const std::size_t last = digits.find_last_not_of('9');
-        if (last == std::string::npos) {
-            digits.assign(count, '0').front() = '1';
-            ++point;
-        } else {
-            ++digits[last];
-            std::fill(digits.begin() + static_cast<std::ptrdiff_t>(last) + 1, digits.end(), '0');
-        }
-    }
-    if (is_positional(magnitude)) {
-        if (point == 0) return "  0." + digits;
-        return "  " + digits.insert(static_cast<std::size_t>(point), 1, '.');
-    }
-    const int exponent = point - 1;
-    digits.insert(1, 1, '.') += exponent < 0 ? "E-" : "E+";
-    digits += static_cast<char>('0' + std::abs(exponent) / 10);
-    digits += static_cast<char>('0' + std::abs(exponent) % 10);
-    return "  " + digits;
 }
 
 }  // namespace dorvek::exact

@@ -1,8 +1,9 @@
-// The ways to spell a real that free-form input takes.
+// What a decimal must be read as, however it is spelled.
 #pragma once
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include <string_view>
 
 #include "exact_decimal.hpp"
+#include "textio/free_form.hpp"
 
 namespace dorvek::exact {
 
@@ -63,6 +65,28 @@ inline void spell_with_neighbours(std::string& line, const Decimal& decimal, uns
     spell(line.append(sign), below, decimal.point, spelling);
     spell(line.append(sign), digits, decimal.point, (spelling + 1) % spellings);
     spell(line.append(sign), digits += '1', decimal.point, (spelling + 2) % spellings);
+}
+
+// Reads the shortest decimal of the float of these bits, its negative, and three decimals between
+// it and the next float, given what lies midway: that itself, read as the even one, and those one
+// unit of a further digit below and above it. Returns the line if any is read wrongly. The spelling
+// changes with every turn, the sign of the last three with every eighth.
+inline std::string misread(std::uint32_t bits, const Decimal& midway, std::uint32_t turn) {
+    constexpr std::uint32_t minus = 0x80000000U;
+    const std::uint32_t spelling = turn % spellings;
+    const std::uint32_t sign = turn / spellings % 2 == 0 ? 0 : minus;
+    std::string line;
+    spell_shortest(line, std::bit_cast<float>(bits), spelling);
+    spell_shortest(line += " -", std::bit_cast<float>(bits), (spelling + 3) % spellings);
+    spell_with_neighbours(line, midway, spelling, sign == 0 ? " " : " -");
+
+    const std::array expected{bits, bits | minus, bits | sign, (bits + bits % 2) | sign,
+                              (bits + 1) | sign};
+    std::array<float, expected.size()> got{};
+    textio::ScanState state;
+    const bool right = textio::scan_line(line, state, got) == textio::Scan::complete &&
+                       std::bit_cast<std::array<std::uint32_t, expected.size()>>(got) == expected;
+    return right ? std::string() : line;
 }
 
 }  // namespace dorvek::exact
