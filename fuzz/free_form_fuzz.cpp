@@ -1,5 +1,6 @@
 // Free-form input: the text is scanned, line after line, as one read of 1, 2 or 21 numbers of
-// either kind. A number that stands alone on the first line is compared with the C library's.
+// either kind. A number that stands alone on the first line is compared with what the C library
+// makes of it.
 
 #include <algorithm>
 #include <bit>
@@ -61,21 +62,25 @@ std::string with_e(std::string_view token) {
 
 void compare_with_c(std::string_view token) {
     if (token.empty() || token.find_first_of(" ,/*") != std::string_view::npos) return;
+    const bool spelled_right = token.find_first_not_of("0123456789+-.eEdDqQ") == token.npos;
     const std::string spelled = with_e(token);
+    const char* const all = spelled.data() + spelled.size();
     char* end = nullptr;
-    if (const auto real = read<float>(token, 1); real.result == Scan::complete) {
-        const float expected = std::strtof(spelled.c_str(), &end);
-        claim(end == spelled.data() + spelled.size(), "the C library takes the real as well");
-        claim(
-            std::bit_cast<std::uint32_t>(real.values[0]) == std::bit_cast<std::uint32_t>(expected),
-            "both read the same float");
-    }
-    if (const auto integer = read<std::int32_t>(token, 1); integer.result == Scan::complete) {
-        claim(std::strtoll(spelled.c_str(), &end, 10) == integer.values[0],
-              "both read the same integer");
-        claim(end == spelled.data() + spelled.size(), "the C library takes the integer as well");
-        claim(read<float>(token, 1).result == Scan::complete, "an integer is a real");
-    }
+
+    const float real = std::strtof(spelled.c_str(), &end);
+    const bool is_real = spelled_right && end == all;
+    const auto real_read = read<float>(token, 1);
+    claim((real_read.result == Scan::complete) == is_real, "both take it for a real or not");
+    claim(!is_real || std::bit_cast<std::uint32_t>(real_read.values[0]) ==
+                          std::bit_cast<std::uint32_t>(real),
+          "both read the same float");
+
+    const long long integer = std::strtoll(spelled.c_str(), &end, 10);
+    const bool is_integer =
+        spelled_right && end == all && integer == static_cast<std::int32_t>(integer);
+    const auto integer_read = read<std::int32_t>(token, 1);
+    claim((integer_read.result == Scan::complete) == is_integer, "and for an integer or not");
+    claim(!is_integer || integer_read.values[0] == integer, "both read the same integer");
 }
 
 }  // namespace
