@@ -62,7 +62,8 @@ std::string with_e(std::string_view token) {
 
 void compare_with_c(std::string_view token) {
     if (token.empty() || token.find_first_of(" ,/*") != std::string_view::npos) return;
-    const bool spelled_right = token.find_first_not_of("0123456789+-.eEdDqQ") == token.npos;
+    const bool spelled_right =
+        token.find_first_not_of("0123456789+-.eEdDqQ") == std::string_view::npos;
     const std::string spelled = with_e(token);
     const char* const all = spelled.data() + spelled.size();
     char* end = nullptr;
