@@ -63,6 +63,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     dorvek::textio::Terminal terminal;
     attach(terminal.in, file_holding(typed));
     terminal.out.fd = file_holding("");
+    run->results.fd = run->file.fd = -1;  // closed below, even if it was not opened
     try {
         dorvek::driver::run(*run, terminal);
         flush(terminal.out);

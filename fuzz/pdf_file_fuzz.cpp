@@ -44,6 +44,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     dorvek::textio::Terminal terminal;
     attach(terminal.in, dorvek::fuzz::file_holding(answer += '\n'));
     terminal.out.fd = dorvek::fuzz::file_holding("");
+    file.fd = -1;
     FileName name;
     name.fill(' ');
     name[1] = 'a';
