@@ -39,23 +39,25 @@ void set_coordination(const Peak& peak, std::span<float> work, WindowStats& s) {
     s.dCN = errana(peak.g, terms, shell) * s.CN / shell;
 }
 
-// Sets Rmea, Rmod and their error; returns the norm, the sum of g. Without a norm there is no mean.
-float set_mean_and_mode(const Peak& peak, WindowStats& s) {
-    float weighted = 0.0f;
-    float norm = 0.0f;
+// What the mean is made of.
+struct Sums {
+    float weighted = 0.0f;  // of g r
+    float norm = 0.0f;      // of g
+};
+
+// Sets Rmod on the way.
+Sums sum_up(const Peak& peak, WindowStats& s) {
+    Sums sums;
     float largest = below_every_value;
     for (std::size_t i = 0; i < peak.r.size(); ++i) {
-        weighted += peak.g[i] * peak.r[i];
-        norm += peak.g[i];
+        sums.weighted += peak.g[i] * peak.r[i];
+        sums.norm += peak.g[i];
         if (peak.g[i] > largest) {
             largest = peak.g[i];
             s.Rmod = peak.r[i];
         }
     }
-    if (norm <= norm_threshold) return norm;
-    s.Rmea = weighted / norm;
-    s.dRmea = errana(peak.g, peak.r, s.Rmea);
-    return norm;
+    return sums;
 }
 
 void set_variance(const Peak& peak, float norm, std::span<float> work, WindowStats& s) {
@@ -111,8 +113,10 @@ void set_higher_moments(const Peak& peak, float norm, std::span<float> work, Win
 
 Norm analyse(const Peak& peak, std::span<float> work, WindowStats& stats) {
     set_coordination(peak, work, stats);
-    const float norm = set_mean_and_mode(peak, stats);
+    const auto [weighted, norm] = sum_up(peak, stats);
     if (norm <= norm_threshold) return Norm::zero;
+    stats.Rmea = weighted / norm;
+    stats.dRmea = errana(peak.g, peak.r, stats.Rmea);
     set_variance(peak, norm, work, stats);
     set_higher_moments(peak, norm, work, stats);
     return Norm::found;

@@ -16,6 +16,7 @@ namespace dorvek::stats {
 [[nodiscard]] float betai(float a, float b, float x, textio::Terminal& terminal);
 
 // The continued fraction for I_x(a, b) (DLMF 8.17.22), evaluated forwards, two terms at a time.
+// Domain and accuracy are those of betai, which calls it below x = (a + 1) / (a + b + 2).
 [[nodiscard]] float betacf(float a, float b, float x, textio::Terminal& terminal);
 
 }  // namespace dorvek::stats

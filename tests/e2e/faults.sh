@@ -6,11 +6,11 @@ set -eu
 program=${DORVEK:-$1}
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-mkdir "$scratch/work"
+mkdir "$scratch/run"
 cp "$program" "$scratch/dorvek"
 chmod 755 "$scratch"
-[ "$(id -u)" -ne 0 ] || chown -R nobody "$scratch/work"
-cd "$scratch/work"
+[ "$(id -u)" -ne 0 ] || chown -R nobody "$scratch/run"
+cd "$scratch/run"
 
 # What is typed: data from FILE (default peak.dat), two windows, an end.
 printf '1 1 0\n2 2 2\n3 1 4\n4 0 4\n5 0 4\n' >peak.dat

@@ -9,15 +9,15 @@ program=${DORVEK:-$1}
 case=$2
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-mkdir "$scratch/got" "$scratch/work"
-cp -R "$case/." "$scratch/work"
-rm -rf "$scratch/work/expected" "$scratch/work/stdin"
+mkdir "$scratch/got" "$scratch/run"
+cp -R "$case/." "$scratch/run"
+rm -rf "$scratch/run/expected" "$scratch/run/stdin"
 status=0
-(cd "$scratch/work" && exec "$program") <"$case/stdin" \
+(cd "$scratch/run" && exec "$program") <"$case/stdin" \
     >"$scratch/got/stdout" 2>"$scratch/got/stderr" || status=$?
 echo "$status" >"$scratch/got/status"
-(cd "$scratch/work" && find . -type f | sort) >"$scratch/got/files"
-mv "$scratch/work/dorvek.res" "$scratch/got"
+(cd "$scratch/run" && find . -type f | sort) >"$scratch/got/files"
+mv "$scratch/run/dorvek.res" "$scratch/got"
 if [ "${3-}" = --accept ]; then
     rm -rf "$case/expected"
     cp -R "$scratch/got" "$case/expected"

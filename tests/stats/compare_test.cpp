@@ -159,8 +159,11 @@ TEST(Statana, PausesWhereThereIsNothingToTest) {
         });
         EXPECT_EQ(got, c.shown);
         EXPECT_EQ(result.distribution.doff, c.doff);
+        EXPECT_NEAR(result.distribution.chsq, c.chsq, 1.0e-3);
+        if (c.chsq == 0) {
+            EXPECT_EQ(result.distribution.sgfc, 1.0f);
+        }
         if (c.ihi > c.ilo + 1) {
-            EXPECT_NEAR(result.distribution.chsq, c.chsq, 1.0e-3);
             EXPECT_EQ(result.mean.stud, 0.0f);
             EXPECT_EQ(result.mean.sgfc, 1.0f);
             EXPECT_EQ(result.variance.stud, 1.0f);

@@ -55,16 +55,16 @@ TEST(Accuracy, IsAsStated) {
     };
     std::vector<Claim> claims{
         {"gammln", 0, true, 6.0e-8},  // of 1 + |ln Gamma|, for it vanishes at 1 and 2
-        {"gammq", 10, true, 1.0e-6},    {"gammq", 30, true, 5.0e-6},
+        {"gammq", 10, true, 7.0e-7},    {"gammq", 30, true, 5.0e-6},
         {"gammq", 100, true, 3.0e-5},   {"gammq", 300, true, 2.0e-4},
-        {"gammq", 1000, true, 5.0e-4},  {"betai", 10, true, 2.0e-6},
+        {"gammq", 1000, true, 4.0e-4},  {"betai", 10, true, 2.0e-6},
         {"betai", 30, true, 1.0e-5},    {"betai", 100, true, 4.0e-5},
         {"betai", 300, true, 2.0e-4},   {"betai", 1000, true, 1.0e-3},
-        {"tutest", 10, true, 5.0e-6},   {"tutest", 30, true, 2.0e-5},
-        {"tutest", 100, true, 1.0e-4},  {"tutest", 300, true, 2.0e-4},
-        {"tutest", 1000, true, 4.0e-3}, {"ftest", 10, false, 1.0e-6},
+        {"tutest", 10, true, 4.0e-6},   {"tutest", 30, true, 2.0e-5},
+        {"tutest", 100, true, 7.0e-5},  {"tutest", 300, true, 2.0e-4},
+        {"tutest", 1000, true, 3.0e-3}, {"ftest", 10, false, 5.0e-7},
         {"ftest", 30, false, 5.0e-6},   {"ftest", 100, false, 3.0e-5},
-        {"ftest", 300, false, 5.0e-5},  {"ftest", 1000, false, 5.0e-4}};
+        {"ftest", 300, false, 5.0e-5},  {"ftest", 1000, false, 4.0e-4}};
     std::ifstream references(SOURCE_DIR "/references/special_functions.txt");
     int lines = 0;
     for (std::string line; std::getline(references, line); ++lines) {
