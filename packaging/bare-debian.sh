@@ -15,6 +15,7 @@ if [ ! -f "$tree" ]; then
 else
     tar -C "$root" -xf "$tree"
 fi
+chmod 755 "$root" # the root directory of all who are inside
 install -m 644 -t "$root/tmp" \
     packaging/try.sh build/release/dorvek_*.deb build/release/dorvek-*.tar.gz
 
