@@ -20,7 +20,7 @@ enum class Status {
 };
 
 // One source of lines, once attached to a file. The two buffers grow to the longest line met, and
-// nothing else grows.
+// nothing else grows. It starts as zeros, so that a run's storage takes no room on disk.
 struct Input {
     int fd = 0;
     std::size_t tab = 0;           // columns between tab stops

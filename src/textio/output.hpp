@@ -10,7 +10,8 @@
 
 namespace dorvek::textio {
 
-// Where lines go. After a write that failed, what follows is dropped.
+// Where lines go, once fd is set; it starts as zeros, like Input. After a write that failed, what
+// follows is dropped.
 struct Output {
     int fd = 0;
     int error = 0;         // errno of the write that failed
