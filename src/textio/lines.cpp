@@ -6,7 +6,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string_view>
+#include <utility>
 
 #include "textio/free_form.hpp"
 #include "textio/retry.hpp"
@@ -26,12 +29,27 @@ std::size_t tab_size() {
     return text != nullptr && *text == '\0' && size > 0 ? size : 8;
 }
 
+// Makes the buffer hold `size` bytes or more; its first `kept` stay. Fails if memory is short.
+Status grow(Input& input, Buffer& buffer, std::size_t size, std::size_t kept) {
+    if (size <= buffer.size) return Status::ok;
+    std::unique_ptr<char[]> larger(new (std::nothrow) char[size]);
+    if (larger == nullptr) {
+        input.error = ENOMEM;
+        return Status::failed;
+    }
+    std::copy_n(buffer.bytes.get(), kept, larger.get());
+    buffer = {.bytes = std::move(larger), .size = size};
+    return Status::ok;
+}
+
 // The line without carriage returns and with blanks for tabs, in input.plain. Behind the longest
 // field, columns only keep numbers apart, and one blank does that: so however wide the tabs are,
 // the result is hardly longer than the line.
-std::string_view without_controls(Input& input, std::string_view line) {
-    input.plain.resize(std::max(input.plain.size(), line.size() + longest_field));
-    char* const plain = input.plain.data();
+Status drop_controls(Input& input, std::string_view& line) {
+    if (grow(input, input.plain, line.size() + longest_field, 0) != Status::ok) {
+        return Status::failed;
+    }
+    char* const plain = input.plain.bytes.get();
     std::size_t column = 0;
     for (const char c : line) {
         if (c == '\t') {
@@ -43,7 +61,8 @@ std::string_view without_controls(Input& input, std::string_view line) {
             plain[column++] = c;
         }
     }
-    return {plain, column};
+    line = {plain, column};
+    return Status::ok;
 }
 
 bool contains(std::string_view text, char c) {
@@ -52,17 +71,18 @@ bool contains(std::string_view text, char c) {
 
 // Reads more bytes behind those not yet taken, which move to the front of the block.
 Status refill(Input& input) {
-    std::copy(input.block.begin() + static_cast<std::ptrdiff_t>(input.begin),
-              input.block.begin() + static_cast<std::ptrdiff_t>(input.end), input.block.begin());
+    char* const bytes = input.block.bytes.get();
+    std::copy(bytes + input.begin, bytes + input.end, bytes);
     input.end -= input.begin;
     input.begin = 0;
-    if (input.end == input.block.size()) {
-        input.block.resize(std::max(2 * input.block.size(), first_block));
+    if (input.end == input.block.size) {
+        const std::size_t size = std::max(2 * input.block.size, first_block);
+        if (grow(input, input.block, size, input.end) != Status::ok) return Status::failed;
     }
-    char* const free = input.block.data() + input.end;
+    char* const free = input.block.bytes.get() + input.end;
     ssize_t count = 0;
     do {
-        count = ::read(input.fd, free, input.block.size() - input.end);
+        count = ::read(input.fd, free, input.block.size - input.end);
     } while (count < 0 && may_retry(input.fd, POLLIN));
     if (count < 0) {
         input.error = errno;
@@ -102,7 +122,7 @@ void attach(Input& input, int fd) {
 Status take_line(Input& input, std::string_view& line) {
     std::size_t searched = 0;  // bytes from begin on that hold no line feed
     for (;;) {
-        const char* const start = input.block.data() + input.begin;
+        const char* const start = input.block.bytes.get() + input.begin;
         const std::size_t available = input.end - input.begin;
         const void* const feed = available == searched
                                      ? nullptr
@@ -111,8 +131,10 @@ Status take_line(Input& input, std::string_view& line) {
             const auto length = static_cast<std::size_t>(static_cast<const char*>(feed) - start);
             line = {start, length};
             input.begin += length + 1;
+            if (contains(line, '\t') || contains(line, '\r')) {
+                if (drop_controls(input, line) != Status::ok) return Status::failed;
+            }
             ++input.line_number;
-            if (contains(line, '\t') || contains(line, '\r')) line = without_controls(input, line);
             return Status::ok;
         }
         searched = available;

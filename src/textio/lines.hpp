@@ -3,9 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string_view>
-#include <vector>
 
 namespace dorvek::textio {
 
@@ -19,6 +19,12 @@ enum class Status {
     failed,             // the system could not read; Input::error says why
 };
 
+// Storage that grows.
+struct Buffer {
+    std::unique_ptr<char[]> bytes;
+    std::size_t size = 0;
+};
+
 // One source of lines, once attached to a file. The two buffers grow to the longest line met, and
 // nothing else grows. It starts as zeros, so that a run's storage takes no room on disk.
 struct Input {
@@ -27,10 +33,10 @@ struct Input {
     std::int64_t line_number = 0;  // of the line taken last, counted from 1
     int error = 0;                 // errno of the read that failed
 
-    std::vector<char> block;  // bytes begin .. end have been read from fd and not yet taken
+    Buffer block;  // bytes begin .. end have been read from fd and not yet taken
     std::size_t begin = 0;
     std::size_t end = 0;
-    std::vector<char> plain;  // the line taken last, if it had to be rewritten
+    Buffer plain;  // the line taken last, if it had to be rewritten
 };
 
 // Starts over on another file; the buffers stay. Tabs go by the environment's TABSIZE, if that is a
@@ -38,7 +44,8 @@ struct Input {
 void attach(Input& input, int fd);
 
 // Takes the next line, without its line feed, carriage returns dropped and tabs expanded to blanks.
-// `line` is valid until the next call. A last line without a line feed counts as the end of input.
+// `line` is valid until the next call. A last line without a line feed counts as the end of input;
+// a line that memory cannot hold is one that the system could not read.
 [[nodiscard]] Status take_line(Input& input, std::string_view& line);
 
 // Reads targets.size() values free-form from as many lines as that takes, starting on a new line.

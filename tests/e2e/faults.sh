@@ -116,6 +116,16 @@ expect 'full output' 0 2
 run sh -c '(../dorvek; echo $? >status) | :' <../typed
 status=$(cat status)
 expect 'output that nobody reads' 0 2
+# A line that memory cannot hold. The address sanitizer needs more than any limit leaves.
+{
+    answers | head -n 7
+    head -c 64000000 /dev/zero
+} >../typed
+small='ulimit -v 48000; ../dorvek'
+if sh -c "$small --help" 2>&1 | grep -q '^usage'; then
+    run sh -c "$small" <../typed
+    expect 'an endless line' 255 1 'Cannot read: Cannot allocate memory' 'read, unit *'
+fi
 run sh -c '../dorvek 2>&-' </dev/null
 expect 'closed error' 255 0
 
