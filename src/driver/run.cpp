@@ -54,7 +54,7 @@ void close_results(Run& run, Terminal& terminal) {
 
 // The samples of this pass, 0 to maxsamp.
 std::size_t samples(const Run& run) {
-    return static_cast<std::size_t>(std::clamp(run.nsamp, 0, maxsamp));
+    return static_cast<std::size_t>(std::max(run.nsamp, 0));
 }
 
 std::string_view text_of(std::span<const char> field) {

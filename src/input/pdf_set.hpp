@@ -29,7 +29,7 @@ struct PdfSet {
 
 // The partials that a set really holds.
 [[nodiscard]] inline std::size_t held_partials(const PdfSet& set) {
-    return static_cast<std::size_t>(std::clamp(set.npdfs, 0, maxpdf));
+    return static_cast<std::size_t>(std::max(set.npdfs, 0));
 }
 
 // The first `count` values of a column.

@@ -67,8 +67,18 @@ ln -s /dev/full dorvek.res
 run ../dorvek <../typed
 rm dorvek.res
 expect 'full disk' 255 0 'Cannot write: No space left on device' "write, $results"
-run sh -c 'ulimit -f 2; ../dorvek' <../typed # blocks of 512 bytes: the second report does not fit
-expect 'file-size limit' 255 1 'Cannot write: File too large' "write, $results"
+{
+    answers | head -n 7
+    for _ in $(seq 49); do printf 'y\n1\n0\n0 3.5\n'; done
+    printf 'n\nn\n'
+} >../typed
+run ../dorvek <../typed
+head -c 16384 dorvek.res >../fits
+expect 'fifty windows' 0 50
+run sh -c 'ulimit -f 32; ../dorvek' <../typed # blocks of 512 bytes
+cmp ../fits dorvek.res
+expect 'file-size limit' 255 "$(grep -c '^ cum4= ' ../fits)" 'Cannot write: File too large' \
+    "write, $results"
 
 # The PDF file
 mkdir folder
@@ -97,12 +107,20 @@ expect 'failure in mid-read' 255 0 'Cannot read: Input/output error' \
 inject close:error=EIO -P "$PWD/dorvek.res"
 expect 'failure on closing' 255 2 'Cannot write: Input/output error' "close, $results"
 # Signals interrupt a call; a stream that another program left non-blocking is not ready at once.
-for fault in read:error=EINTR write:error=EINTR close:error=EINTR read:error=EAGAIN \
-    write:error=EAGAIN; do
+inject close:error=EINTR -P "$PWD/dorvek.res"
+expect 'interrupted closing' 0 2
+for fault in read:error=EINTR write:error=EINTR read:error=EAGAIN write:error=EAGAIN; do
     inject "$fault:when=1+2" -P "$PWD/peak.dat" -P "$PWD/dorvek.res" -P "$scratch/typed" \
         -P "$scratch/out"
     expect "$fault" 0 2
 done
+inject read:error=EAGAIN:when=1 -e 'inject=?poll,ppoll:error=EINTR:when=1' -P "$PWD/peak.dat"
+expect 'interrupted waiting' 0 2
+inject read:error=EAGAIN:when=1 -e 'inject=?poll,ppoll:error=ENOMEM' -P "$PWD/peak.dat"
+expect 'failure in waiting' 255 0 'Cannot read: Cannot allocate memory' \
+    'read, unit 15, file "peak.dat", line 1'
+inject openat:error=ENOENT -P /dev/null
+expect 'no /dev/null' 0 2
 
 # Standard streams
 run sh -c '../dorvek <&-'
@@ -116,15 +134,19 @@ expect 'full output' 0 2
 run sh -c '(../dorvek; echo $? >status) | :' <../typed
 status=$(cat status)
 expect 'output that nobody reads' 0 2
-# A line that memory cannot hold. The address sanitizer needs more than any limit leaves.
-{
-    answers | head -n 7
-    head -c 64000000 /dev/zero
-} >../typed
-small='ulimit -v 48000; ../dorvek'
+# A line that memory cannot hold, or not twice, as one with tabs needs. The address sanitizer takes
+# more than any limit leaves.
+small='ulimit -v 60000; ../dorvek'
 if sh -c "$small --help" 2>&1 | grep -q '^usage'; then
-    run sh -c "$small" <../typed
-    expect 'an endless line' 255 1 'Cannot read: Cannot allocate memory' 'read, unit *'
+    for bytes in 64000000 33500000; do
+        {
+            answers | head -n 7
+            head -c "$bytes" /dev/zero
+            printf '\t\n'
+        } >../typed
+        run sh -c "$small" <../typed
+        expect "a line of $bytes bytes" 255 1 'Cannot read: Cannot allocate memory' 'read, unit *'
+    done
 fi
 run sh -c '../dorvek 2>&-' </dev/null
 expect 'closed error' 255 0

@@ -72,7 +72,7 @@ TEST(ScanLine, LosesNoDigitOfALongReal) {
     const std::string zeros(400, '0');
     const std::string point = "16777217." + zeros;
     std::array<float, 3> targets{};
-    EXPECT_EQ(read_three(point + "-0 " + point + "1-0 " + zeros + "1" + zeros + "-400", targets),
+    EXPECT_EQ(read_three(point + "-0 " + point + "10-0 " + zeros + "1" + zeros + "-400", targets),
               Scan::complete);
     EXPECT_EQ(targets, (std::array{16777216.0f, 16777218.0f, 1.0f}));
 }
