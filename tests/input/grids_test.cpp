@@ -1,0 +1,56 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "input/conbin.hpp"
+#include "input/window.hpp"
+
+namespace dorvek::input {
+namespace {
+
+TEST(Grids, AreSearchedAsTheTableSays) {
+    std::vector<float> grid;
+    std::vector<float> values;
+    std::ifstream table(SOURCE_DIR "/tests/input/grids.txt");
+    int rows = 0;
+    for (std::string line, name; std::getline(table, line);) {
+        std::istringstream words(line);
+        if (!(words >> name) || name == "#") continue;
+        SCOPED_TRACE(line);
+        std::vector<float> typed;
+        std::vector<float> expected;
+        for (std::string word; words >> word;) {
+            if (word == "=") {
+                std::swap(typed, expected);
+            } else {
+                expected.push_back(std::stof(word));
+            }
+        }
+        if (name == "grid") {
+            grid = expected;
+        } else if (name == "values") {
+            values = expected;
+        } else if (name == "approx") {
+            EXPECT_EQ(approx(grid, values, typed.at(0)), expected.at(0));
+        } else if (name == "locate") {
+            std::int32_t j = -1;
+            locate(grid, typed.at(0), j);
+            EXPECT_EQ(static_cast<float>(j), expected.at(0));
+        } else {
+            Window window{.rmin = typed.at(0), .rmax = typed.at(1)};
+            const bool data = locate_window(grid, window);
+            const auto& [rmin, rmax, ilo, ihi] = window;
+            EXPECT_EQ((std::vector{data ? 1.0f : 0.0f, rmin, rmax, static_cast<float>(ilo),
+                                   static_cast<float>(ihi)}),
+                      expected);
+        }
+        ++rows;
+    }
+    EXPECT_EQ(rows, 54);
+}
+
+}  // namespace
+}  // namespace dorvek::input
