@@ -15,10 +15,9 @@ constinit dorvek::driver::Run the_run;
 
 // A stream that the caller has closed must not become a file that the run opens.
 void open_standard_streams() {
-    int fd = 0;
-    do fd = ::open("/dev/null", O_RDWR);
-    while (fd >= 0 && fd <= STDERR_FILENO);
-    if (fd >= 0) ::close(fd);
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+        if (::fcntl(fd, F_GETFD) == -1) ::open("/dev/null", O_RDWR);  // takes the lowest free one
+    }
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ constexpr const char* results_name = "dorvek.res";
 }
 
 void open_results(Run& run, Terminal& terminal) {
-    const int fd = ::open(results_name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int fd = ::open(results_name, O_WRONLY | O_CREAT | O_TRUNC, 0666);
     if (fd < 0) results_error(terminal, "open", "Cannot open file", errno);
     run.results.fd = fd;
 }

@@ -35,9 +35,9 @@ int open_file(std::string_view name, textio::Output& terminal) {
         runtime_error(terminal, place, "Bad file specification");
     }
     std::ranges::copy(name, path.begin());
-    int fd = ::open(path.data(), O_RDONLY | O_CLOEXEC);
+    int fd = ::open(path.data(), O_RDONLY);
     if (fd < 0 && errno == ENOENT) {
-        fd = ::open(path.data(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666);
+        fd = ::open(path.data(), O_RDONLY | O_CREAT, 0666);
     }
     if (fd < 0) runtime_error(terminal, place, "Cannot open file", errno);
     return fd;
