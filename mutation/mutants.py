@@ -20,7 +20,8 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutation"
 MEMORY = 4 << 30  # bytes a test may take
 FILE = 256 << 20  # bytes a test may write into one file
-SECONDS = 60  # that a test program may take; unchanged, the slowest needs about two
+CPU = 8  # seconds that a process may compute; unchanged, the slowest needs two
+SECONDS = 120  # that a test program may take, waiting included
 
 # Operators stand between blanks: the formatter sees to that.
 OPERATORS = {
@@ -113,6 +114,7 @@ def run(command, folder):
     def limit():
         resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
         resource.setrlimit(resource.RLIMIT_FSIZE, (FILE, FILE))
+        resource.setrlimit(resource.RLIMIT_CPU, (CPU, CPU))
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     process = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL,
                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
@@ -135,20 +137,17 @@ def passes(folder):
     tests = folder / "build" / "tests"
     slow = "RealSweep*:Accuracy*"
     return (run(["./dorvek_tests", "--gtest_fail_fast", f"--gtest_filter=-{slow}"], tests)
-            and run(["ctest", "--stop-on-failure", "-R", "^e2e"], folder / "build")
+            and run(["ctest", "--stop-on-failure", "--timeout", "30", "-R", "^e2e"], folder / "build")
             and run(["./dorvek_tests", f"--gtest_filter={slow}"], tests)
             and build(folder / "build")
-            and run(["ctest", "--stop-on-failure", "-R", "^(fuzz|tools|packaging|conversions)"],
+            and run(["ctest", "--stop-on-failure", "--timeout", "30", "-R", "^(fuzz|tools|packaging|conversions)"],
                     folder / "build"))
 
 
-def judge(folder, file, number, text):
+def judge(folder, file, lines, number, text):
     """What became of the mutant: "no program", "killed", "same code" or "survived"."""
-    original = (ROOT / file).read_text()
-    lines = original.split("\n")
-    lines[number] = text
     try:
-        (folder / file).write_text("\n".join(lines))
+        (folder / file).write_text("\n".join([*lines[:number], text, *lines[number + 1:]]))
         if not build(folder / "build", "dorvek", "dorvek_tests"):
             return "no program"
         if not passes(folder):
@@ -157,15 +156,21 @@ def judge(folder, file, number, text):
         same = (folder / "release" / "dorvek").read_bytes() == (folder / "dorvek").read_bytes()
         return "same code" if same else "survived"
     finally:
-        (folder / file).write_text(original)
+        (folder / file).write_text("\n".join(lines))
 
 
 def prepare(folder):
-    """A copy of the project to spoil, built once."""
-    shutil.rmtree(folder, ignore_errors=True)
-    for name in subprocess.check_output(["git", "ls-files"], cwd=ROOT, text=True).splitlines():
-        (folder / name).parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy2(ROOT / name, folder / name)
+    """A copy of the project to spoil, and its builds; those of an earlier run are brought up to date."""
+    names = subprocess.check_output(["git", "ls-files"], cwd=ROOT, text=True).splitlines()
+    for path in folder.rglob("*"):
+        kept = path.relative_to(folder).as_posix()
+        if path.is_file() and not kept.startswith(("build/", "release/")) and kept not in names:
+            path.unlink()
+    for name in names:
+        copy, content = folder / name, (ROOT / name).read_bytes()
+        if not copy.exists() or copy.read_bytes() != content:
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(ROOT / name, copy)
     for kind, options in (("build", ["-DDORVEK_TESTS=ON", "-DCMAKE_CXX_FLAGS=-w -D_GLIBCXX_ASSERTIONS"]),
                           ("release", ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS=-w"])):
         subprocess.run(["cmake", "-G", "Ninja", "-S", folder, "-B", folder / kind, *options],
@@ -180,9 +185,11 @@ def prepare(folder):
 def main():
     files = sys.argv[1:] or subprocess.check_output(
         ["git", "ls-files", "src"], cwd=ROOT, text=True).splitlines()
+    files.sort(key=lambda file: file.endswith(".hpp"))  # those that take longest last
+    sources = {file: (ROOT / file).read_text().split("\n") for file in files}
     mutants = [(file, number, text)
-               for file in files
-               for number, line in enumerate((ROOT / file).read_text().split("\n"))
+               for file, lines in sources.items()
+               for number, line in enumerate(lines)
                for text in dict.fromkeys(mutations(line)) if text != line]
     folders = queue.SimpleQueue()
     workers = os.cpu_count() or 1
@@ -190,18 +197,19 @@ def main():
         prepare(WORK / str(worker))
         folders.put(WORK / str(worker))
 
-    def try_one(mutant):
+    def outcome_of(mutant):
         folder = folders.get()
         try:
-            return judge(folder, *mutant)
+            file, number, text = mutant
+            return judge(folder, file, sources[file], number, text)
         finally:
             folders.put(folder)
 
     known, met = equivalents(), set()
     counts = dict.fromkeys(["killed", "no program", "same code", "equivalent", "survived"], 0)
     with concurrent.futures.ThreadPoolExecutor(workers) as pool:
-        for (file, number, text), outcome in zip(mutants, pool.map(try_one, mutants)):
-            before = (ROOT / file).read_text().split("\n")[number].strip()
+        for (file, number, text), outcome in zip(mutants, pool.map(outcome_of, mutants)):
+            before = sources[file][number].strip()
             key = (file, before, text.strip())
             if outcome == "survived" and key in known:
                 outcome = "equivalent"

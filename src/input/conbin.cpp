@@ -17,8 +17,8 @@ bool same_values(std::span<const float> a, std::span<const float> b) {
 
 // Where x lies on an ascending grid of n points.
 struct Place {
-    std::int32_t below = 0;  // points at or below x, 0 .. n
-    bool on_point = false;   // x is the last of them
+    std::int32_t below;  // points at or below x, 0 .. n
+    bool on_point;       // x is the last of them
 };
 
 Place place_of(std::span<const float> xa, float x) {

@@ -89,6 +89,12 @@ expect 'file-size limit' 255 "$(grep -c '^ cum4= ' ../fits)" 'Cannot write: File
     "write, $results"
 
 # The PDF file
+{
+    for _ in $(seq 8); do answers | head -n 7 && printf 'n\ny\n'; done
+    answers
+} >../typed
+run sh -c 'ulimit -n 8; ../dorvek' <../typed
+expect 'every file closed' 0 2
 mkdir folder
 answers folder >../typed
 run ../dorvek <../typed
