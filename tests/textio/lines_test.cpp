@@ -52,10 +52,15 @@ TEST(TakeLine, ExpandsTabsByTabsize) {
         const char* size;
         std::string expected;
     } cases[] = {
-        {"4", "a   b"},      {"1", "a b"},
-        {"8", "a       b"},  {"0", "a       b"},
-        {"-4", "a       b"}, {"4x", "a       b"},
-        {"", "a       b"},   {"99999999999999999999", wide},  // up to the longest field
+        {"4", "a   b"},
+        {"1", "a b"},
+        {"8", "a       b"},
+        {"0", "a       b"},
+        {"-4", "a       b"},
+        {"4x", "a       b"},
+        {"", "a       b"},
+        {"10", "a         b"},
+        {"99999999999999999999", wide},  // up to the longest field
     };
     for (const auto& [size, expected] : cases) {
         ::setenv("TABSIZE", size, 1);
