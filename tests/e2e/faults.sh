@@ -109,11 +109,11 @@ run ../dorvek <../typed
 expect 'no folder' 255 0 'Cannot open file: No such file or directory' \
     'open, unit 15, file "no/such/folder"'
 answers >../typed
-# inject FAULT FILE...: lets system calls on these files fail.
+# inject FAULT FILE...: lets system calls on these files fail; calls lists them.
 inject() {
     fault=$1
     shift
-    run strace -qq -o /dev/null -e "inject=$fault" "$@" ../dorvek <../typed
+    run strace -qq -o calls -e "inject=$fault" "$@" ../dorvek <../typed
 }
 inject read:error=EIO:when=2 -P "$PWD/peak.dat"
 expect 'failure in mid-read' 255 0 'Cannot read: Input/output error' \
@@ -132,6 +132,7 @@ for fault in read:error=EINTR write:error=EINTR read:error=EAGAIN write:error=EA
     expect "$fault" 0 2
 done
 inject read:error=EAGAIN:when=1 -e 'inject=?poll,ppoll:error=EINTR:when=1' -P "$PWD/peak.dat"
+! grep 'poll(.*, 1, [0-9]' calls || exit 1 # it waits without a time limit
 expect 'interrupted waiting' 0 2
 inject read:error=EAGAIN:when=1 -e 'inject=?poll,ppoll:error=ENOMEM' -P "$PWD/peak.dat"
 expect 'failure in waiting' 255 0 'Cannot read: Cannot allocate memory' \
