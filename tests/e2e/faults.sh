@@ -166,7 +166,7 @@ if sh -c "$small --help" 2>&1 | grep -q '^usage'; then
         expect "a line of $bytes bytes" 255 1 'Cannot read: Cannot allocate memory' 'read, unit *'
     done
 fi
-run sh -c '../dorvek 2>&-' </dev/null
+run sh -c '../dorvek <&- 2>&-'
 expect 'closed error' 255 0
 
 # Signals at a prompt, with one report shown. Every question is seen before it is answered.
