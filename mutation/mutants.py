@@ -97,13 +97,14 @@ def mutations(line):
 
 
 def changes(file, lines):
-    """The mutants of a file: line number, new line. A header's default values are left alone: they
-    are zeros for the sake of the storage, not values that anyone reads."""
+    """The mutants of a file: line number, new line. A header has no statements to leave out, and its
+    default values are left alone: zeros for the sake of the storage, that hardly anyone reads."""
+    header = file.endswith(".hpp")
     for number, line in enumerate(lines):
-        if file.endswith(".hpp") and re.match(r"\s+[\w:]+ \w+ = (0|0\.0f|false);", line):
+        if header and re.match(r"\s+[\w:]+ \w+ = (0|0\.0f|false);", line):
             continue
         for text in dict.fromkeys(mutations(line)):
-            if text != line:
+            if text != line and not (header and text.strip() == ";"):
                 yield number, text
 
 

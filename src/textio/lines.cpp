@@ -29,7 +29,8 @@ std::size_t tab_size() {
     return text != nullptr && *text == '\0' && size > 0 ? size : 8;
 }
 
-// Makes the buffer hold `size` bytes or more; its first `kept` stay. Fails if memory is short.
+// Makes the buffer hold `size` bytes or more; its first `kept` stay. If memory is short it
+// fails, and input.error says so.
 Status grow(Input& input, Buffer& buffer, std::size_t size, std::size_t kept) {
     if (size <= buffer.size) return Status::ok;
     std::unique_ptr<char[]> larger(new (std::nothrow) char[size]);

@@ -19,7 +19,7 @@ enum class Status {
     failed,             // the system could not read; Input::error says why
 };
 
-// Storage that grows.
+// Room for `size` bytes, not set to anything; take_line enlarges it.
 struct Buffer {
     std::unique_ptr<char[]> bytes;
     std::size_t size = 0;
@@ -31,7 +31,7 @@ struct Input {
     int fd = 0;
     std::size_t tab = 0;           // columns between tab stops
     std::int64_t line_number = 0;  // of the line taken last, counted from 1
-    int error = 0;                 // errno of the read that failed
+    int error = 0;                 // errno of what failed
 
     Buffer block;  // bytes begin .. end have been read from fd and not yet taken
     std::size_t begin = 0;

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -80,6 +82,15 @@ TEST(TakeLine, GrowsToAnyLength) {
     }
     Status end{};
     EXPECT_EQ(lines_of(content, end), lines);
+}
+
+TEST(ReadValues, SeesNothingOfALongerLineBefore) {
+    Input input;
+    attach(input, support::file_holding("1 234\r\n1E\r\n"));
+    std::array<float, 2> values{};
+    EXPECT_EQ(read_values(input, values), Status::ok);
+    EXPECT_EQ(read_values(input, std::span(values).first(1)), Status::illegal_character);
+    ::close(input.fd);
 }
 
 TEST(TakeLine, SaysWhyItCannotRead) {
