@@ -17,54 +17,57 @@ namespace dorvek::exact {
 
 inline constexpr unsigned spellings = 8;  // six letters, a sign alone, no exponent at all
 
-// Appends 0.d1d2d3... * 10^point in one of the spellings.
-inline void spell(std::string& line, std::string_view digits, int point, unsigned spelling) {
+// Appends a decimal of at least one digit in one of the spellings.
+inline void spell(std::string& line, const Decimal& decimal, unsigned spelling) {
     constexpr std::string_view letters = "EeDdQq";
+    const std::string_view digits(decimal.digits.data(), decimal.count);
     if (spelling <= letters.size()) {
         // The point stands before the digits, amid them or behind them.
         const std::size_t before = digits.size() * (digits.size() % 3) / 2;
         line.append(digits.substr(0, before)).append(1, '.').append(digits.substr(before));
-        const int exponent = point - static_cast<int>(before);
+        const int exponent = decimal.point - static_cast<int>(before);
         if (spelling < letters.size()) line += letters[spelling];
         if (spelling == letters.size() && exponent >= 0) line += '+';
         line += std::to_string(exponent);
-    } else if (point <= 0) {
-        line.append("0.").append(static_cast<std::size_t>(-point), '0').append(digits);
+    } else if (decimal.point <= 0) {
+        line.append("0.").append(static_cast<std::size_t>(-decimal.point), '0').append(digits);
     } else {
-        const auto whole = static_cast<std::size_t>(point);
+        const auto whole = static_cast<std::size_t>(decimal.point);
         line.append(digits.substr(0, whole));
         line.append(whole - std::min(whole, digits.size()), '0').append(1, '.');
         if (whole < digits.size()) line.append(digits.substr(whole));
     }
 }
 
-// Appends the shortest decimal that is nearest to no other float.
-inline void spell_shortest(std::string& line, float magnitude, unsigned spelling) {
+// The shortest decimal that is nearest to no other float.
+inline Decimal shortest(float magnitude) {
     std::array<char, 32> text{};
-    char* const end = std::to_chars(text.data(), text.data() + text.size(), magnitude,
-                                    std::chars_format::scientific)
-                          .ptr;
-    char* const e = std::find(text.data(), end, 'e');
-    int exponent = 0;
-    std::from_chars(e[1] == '+' ? e + 2 : e + 1, end, exponent);
-    std::string digits(text.data(), e);
-    if (digits.size() > 1) digits.erase(1, 1);
-    spell(line, digits, exponent + 1, spelling);
+    const char* const end = std::to_chars(text.data(), text.data() + text.size(), magnitude,
+                                          std::chars_format::scientific)
+                                .ptr;
+    Decimal decimal;
+    const char* at = text.data();
+    for (; *at != 'e'; ++at) {
+        if (*at != '.') decimal.digits[decimal.count++] = *at;
+    }
+    std::from_chars(at[1] == '+' ? at + 2 : at + 1, end, decimal.point);
+    ++decimal.point;
+    return decimal;
 }
 
-// Appends a decimal and its next neighbours with one more digit, lower neighbour first, with a
-// blank before each. The decimal has at least one digit.
-inline void spell_with_neighbours(std::string& line, const Decimal& decimal, unsigned spelling,
-                                  std::string_view sign) {
-    std::string digits(decimal.digits.data(), decimal.count);
-    // One unit of a further digit less: 1250 becomes 12499.
-    std::string below = digits + '9';
-    const std::size_t last = digits.find_last_not_of('0');
-    std::fill(below.begin() + static_cast<std::ptrdiff_t>(last) + 1, below.end(), '9');
-    --below[last];
-    spell(line.append(sign), below, decimal.point, spelling);
-    spell(line.append(sign), digits, decimal.point, (spelling + 1) % spellings);
-    spell(line.append(sign), digits += '1', decimal.point, (spelling + 2) % spellings);
+// One unit of a further digit less: 1250 becomes 12499.
+inline Decimal just_below(Decimal decimal) {
+    std::size_t last = decimal.count++;
+    decimal.digits[last] = '0';
+    for (; decimal.digits[last] == '0'; --last) decimal.digits[last] = '9';
+    --decimal.digits[last];
+    return decimal;
+}
+
+// One unit of a further digit more: 1250 becomes 12501.
+inline Decimal just_above(Decimal decimal) {
+    decimal.digits[decimal.count++] = '1';
+    return decimal;
 }
 
 // Reads the shortest decimal of the float of these bits, its negative, and three decimals between
@@ -75,10 +78,15 @@ inline std::string misread(std::uint32_t bits, const Decimal& midway, std::uint3
     constexpr std::uint32_t minus = 0x80000000U;
     const std::uint32_t spelling = turn % spellings;
     const std::uint32_t sign = turn / spellings % 2 == 0 ? 0 : minus;
+    const Decimal decimal = shortest(std::bit_cast<float>(bits));
     std::string line;
-    spell_shortest(line, std::bit_cast<float>(bits), spelling);
-    spell_shortest(line += " -", std::bit_cast<float>(bits), (spelling + 3) % spellings);
-    spell_with_neighbours(line, midway, spelling, sign == 0 ? " " : " -");
+    line.reserve(1024);  // for five tokens, at once
+    spell(line, decimal, spelling);
+    spell(line += " -", decimal, (spelling + 3) % spellings);
+    const std::string_view between = sign == 0 ? " " : " -";
+    spell(line += between, just_below(midway), spelling);
+    spell(line += between, midway, (spelling + 1) % spellings);
+    spell(line += between, just_above(midway), (spelling + 2) % spellings);
 
     const std::array expected{bits, bits | minus, bits | sign, (bits + bits % 2) | sign,
                               (bits + 1) | sign};
