@@ -15,19 +15,22 @@
 
 namespace dorvek::exact {
 
-inline constexpr unsigned spellings = 8;  // six letters, a sign alone, no exponent at all
+// By letter, most often those that most files have; then by a sign alone, then no exponent at all.
+inline constexpr std::string_view letters = "EeDEedEeQEeq";
+inline constexpr unsigned sign_alone = 12;
+inline constexpr unsigned no_exponent = 14;
+inline constexpr unsigned spellings = 16;
 
 // Appends a decimal of at least one digit in one of the spellings.
 inline void spell(std::string& line, const Decimal& decimal, unsigned spelling) {
-    constexpr std::string_view letters = "EeDdQq";
     const std::string_view digits(decimal.digits.data(), decimal.count);
-    if (spelling <= letters.size()) {
+    if (spelling < no_exponent) {
         // The point stands before the digits, amid them or behind them.
         const std::size_t before = digits.size() * (digits.size() % 3) / 2;
         line.append(digits.substr(0, before)).append(1, '.').append(digits.substr(before));
         const int exponent = decimal.point - static_cast<int>(before);
-        if (spelling < letters.size()) line += letters[spelling];
-        if (spelling == letters.size() && exponent >= 0) line += '+';
+        if (spelling < sign_alone) line += letters[spelling];
+        if (spelling >= sign_alone && exponent >= 0) line += '+';
         line += std::to_string(exponent);
     } else if (decimal.point <= 0) {
         line.append("0.").append(static_cast<std::size_t>(-decimal.point), '0').append(digits);
@@ -73,10 +76,10 @@ inline Decimal just_above(Decimal decimal) {
 // Reads the shortest decimal of the float of these bits, its negative, and three decimals between
 // it and the next float, given what lies midway: that itself, read as the even one, and those one
 // unit of a further digit below and above it. Returns the line if any is read wrongly. The spelling
-// changes with every turn, the sign of the last three with every eighth.
+// changes with every turn, the sign of the last three with every sixteenth.
 inline std::string misread(std::uint32_t bits, const Decimal& midway, std::uint32_t turn) {
     constexpr std::uint32_t minus = 0x80000000U;
-    const std::uint32_t spelling = turn % spellings;
+    const std::uint32_t spelling = (turn + turn / spellings) % spellings;
     const std::uint32_t sign = turn / spellings % 2 == 0 ? 0 : minus;
     const Decimal decimal = shortest(std::bit_cast<float>(bits));
     std::string line;
