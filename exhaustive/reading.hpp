@@ -17,9 +17,9 @@ namespace dorvek::exact {
 
 // By letter, most often those that most files have; then by a sign alone, then no exponent at all.
 inline constexpr std::string_view letters = "EeDEedEeQEeq";
-inline constexpr unsigned sign_alone = 12;
-inline constexpr unsigned no_exponent = 14;
-inline constexpr unsigned spellings = 16;
+inline constexpr unsigned sign_alone = letters.size();
+inline constexpr unsigned no_exponent = sign_alone + 2;
+inline constexpr unsigned spellings = no_exponent + 2;
 
 // Appends a decimal of at least one digit in one of the spellings.
 inline void spell(std::string& line, const Decimal& decimal, unsigned spelling) {
