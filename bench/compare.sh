@@ -4,7 +4,7 @@
 # apt-get where it is missing, and says so.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
-. "$root/cmake/packages.sh"
+. "$root/packaging/packages.sh"
 need g++ cmake ninja-build libbenchmark-dev valgrind gawk python3 python3-numpy python3-pandas
 build_preset "$root" bench
 dorvek=$root/build/bench/dorvek

@@ -3,9 +3,9 @@
 include(GNUInstallDirs)
 install(TARGETS dorvek)
 install(PROGRAMS tools/dorvek-batch tools/dorvek-plot tools/dorvek-table TYPE BIN)
-install(FILES man/dorvek.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES doc/dorvek.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md CHANGELOG.md LICENSE CITATION.cff TYPE DOC)
-install(DIRECTORY docs TYPE DOC) # the picture in README.md
+install(FILES doc/si-o.svg DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc) # the picture in README.md
 install(DIRECTORY examples TYPE DOC PATTERN dorvek.res EXCLUDE)
 
 set(CPACK_GENERATOR TGZ DEB)

@@ -78,7 +78,7 @@ TEST(Pdfana, AgreesWithTheTable) {
 TEST(Silica, AgreesWithDoublePrecision) {
     const auto sets = std::make_unique<std::array<input::PdfSet, 2>>();
     const auto work = std::make_unique<input::Column>();
-    std::ifstream expected(SOURCE_DIR "/references/silica.txt");
+    std::ifstream expected(SOURCE_DIR "/tests/references/silica.txt");
     std::int32_t partial = 0;
     input::Window window;
     std::string name;

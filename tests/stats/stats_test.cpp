@@ -113,7 +113,7 @@ TEST(Accuracy, IsAsStated) {
         {"tutest", 1000, true, 3.0e-3}, {"ftest", 10, false, 5.0e-7},
         {"ftest", 30, false, 5.0e-6},   {"ftest", 100, false, 3.0e-5},
         {"ftest", 300, false, 5.0e-5},  {"ftest", 1000, false, 4.0e-4}};
-    std::ifstream references(SOURCE_DIR "/references/special_functions.txt");
+    std::ifstream references(SOURCE_DIR "/tests/references/special_functions.txt");
     int lines = 0;
     for (std::string line; std::getline(references, line); ++lines) {
         std::istringstream words(line);

@@ -1,5 +1,5 @@
 // Reals written and read where a wrong rounding would hide, against exact decimal arithmetic. The
-// programs in exhaustive/ do the same for all floats.
+// programs in every_float/ do the same for all floats.
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,9 @@
 #include <cmath>
 #include <cstdint>
 
-#include "exhaustive/exact_decimal.hpp"
-#include "exhaustive/reading.hpp"
-#include "exhaustive/writing.hpp"
+#include "every_float/exact_decimal.hpp"
+#include "every_float/reading.hpp"
+#include "every_float/writing.hpp"
 
 namespace dorvek {
 namespace {

@@ -1,6 +1,6 @@
 #!/bin/sh
 # batch.sh PROGRAM SOURCE: dorvek-batch with good and bad runs, then again after changes.
-. "$2/tools/tests/check.sh"
+. "$2/tests/tools/check.sh"
 mkdir data
 cp "$silica"/*.dat data
 cp data/silica_300K.dat "data/it's a \"b\", & c.dat"

@@ -1,6 +1,6 @@
 #!/bin/sh
 # plot.sh PROGRAM SOURCE: dorvek-plot on the silica example: what stands where in its SVG.
-. "$2/tools/tests/check.sh"
+. "$2/tests/tools/check.sh"
 plot=$tools/dorvek-plot
 mkdir work
 cp "$silica"/*.dat work

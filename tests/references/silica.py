@@ -14,7 +14,7 @@ from pathlib import Path
 import mpmath as mp
 
 u = 2.0**-24
-DATA = Path(__file__).resolve().parents[1] / "examples" / "silica"
+DATA = Path(__file__).resolve().parents[2] / "examples" / "silica"
 
 
 def error_of(n, g, x, x_error, centre, centre_error):

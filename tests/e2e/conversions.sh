@@ -5,7 +5,7 @@
 set -eu
 program=$1
 page=$2
-silica=$(cd "$(dirname "$0")/../examples/silica" && pwd)/silica_300K.dat
+silica=$(cd "$(dirname "$0")/../../examples/silica" && pwd)/silica_300K.dat
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"

@@ -1,6 +1,6 @@
 #!/bin/sh
 # table.sh PROGRAM SOURCE: dorvek-table on numbered results, on results of PROGRAM, on damaged ones.
-. "$2/tools/tests/check.sh"
+. "$2/tests/tools/check.sh"
 table=$tools/dorvek-table
 
 # Every value is its number in the file, so that a row shows which one it took.
