@@ -1,24 +1,32 @@
-// Errors of the window statistics.
+// The error of a weighted mean.
 #pragma once
 
-#include <cstdint>
+#include <cassert>
+#include <cmath>
+#include <cstddef>
 #include <span>
 
-#include "analysis/window_stats.hpp"
+#include "textio/real.hpp"
 
 namespace dorvek::analysis {
 
-// Weighted standard error of the values x_k about the centre c, with weights w_k, k = 1 .. n:
+// Weighted standard error of the values x_k = value(k) about the centre c, with weights w_k, where
+// k counts the n weights from 0:
 //   sqrt(sum (x_k - c)^2 w_k / (n - 1)) / sqrt(sum w_k)
 // The divisor counts entries, not weights. With equal weights and c the mean of x it is the usual
-// standard error of a mean. Both lists have the same length n; n = 1 or weights that sum to zero
-// divide by zero.
-[[nodiscard]] float errana(std::span<const float> weights, std::span<const float> values,
-                           float centre);
-
-// Sets the errors that follow from others, for the window of bins ilo .. ihi, m = ihi - ilo:
-//   dskew = sqrt(6 / m) and dkurt = sqrt(24 / m), those of a normal distribution;
-//   dcum4 = 6 var dvar + dpmo4, the errors of var and pmo4 added linearly.
-void complete_errors(std::int32_t ilo, std::int32_t ihi, WindowStats& stats);
+// standard error of a mean. Weights that sum to zero divide by zero.
+template <typename Value>
+[[nodiscard]] float errana(std::span<const float> weights, Value value, float centre) {
+    assert(weights.size() >= 2);
+    float weight_sum = 0.0f;
+    float sum = 0.0f;
+    for (std::size_t k = 0; k < weights.size(); ++k) {
+        const float deviation = value(k) - centre;
+        weight_sum += weights[k];
+        sum = deviation * (deviation * weights[k]) + sum;
+    }
+    const float spread = std::sqrt(sum / static_cast<float>(weights.size() - 1));
+    return spread / std::sqrt(weight_sum);
+}
 
 }  // namespace dorvek::analysis

@@ -1,3 +1,8 @@
+// The dialogue, from the outermost loop at the end of this file inwards: run() holds passes over
+// sets of data, each of them passes over windows. What is computed is analyse_window's affair, how
+// it looks the report's; here stands what is asked and said in which order, and when the results
+// file is safe.
+
 #include "driver/run.hpp"
 
 #include <fcntl.h>
@@ -10,13 +15,8 @@
 #include <span>
 #include <string_view>
 
-#include "analysis/errana.hpp"
-#include "analysis/pdfana.hpp"
 #include "driver/report.hpp"
 #include "input/conbin.hpp"
-#include "input/inpdf.hpp"
-#include "input/window.hpp"
-#include "stats/compare.hpp"
 #include "textio/runtime_error.hpp"
 
 namespace dorvek::driver {
@@ -88,7 +88,6 @@ void start_data_set(Run& run, Terminal& terminal) {
     read_integer(terminal, run.nsamp);
     run.nsamp = std::min(run.nsamp, maxsamp);
     write_line(terminal.out, {" "});
-    for (input::PdfSet& set : run.sets) clear(set);
 }
 
 void load_samples(Run& run, Terminal& terminal) {
@@ -105,56 +104,40 @@ void load_samples(Run& run, Terminal& terminal) {
     }
 }
 
-// The common bin count. Set 2 goes onto the grid of set 1 if theirs differ.
-std::int32_t reconcile(Run& run, Terminal& terminal) {
-    switch (samples(run)) {
-        case 0:
-            return 0;
-        case 1:
-            return run.sets[0].nbins;
-        default:
-            return common_bins(run.sets[0], run.sets[1], run.work, terminal.out);
-    }
+// The second sample goes onto the grid of the first if theirs differ.
+void reconcile(Run& run, Terminal& terminal) {
+    auto& [first, second] = run.sets;
+    if (run.nsamp < 2 || same_grid(first, second)) return;
+    write_line(terminal.out, {"inconsistent bining: adjusted by linear interpolation"});
+    conbin(first, second);
 }
 
 void write_report(const Run& run, textio::Output& output) {
+    const Analysis& found = run.analysis;
     for (std::size_t s = 0; s < samples(run); ++s) {
-        write_sample_block(output, text_of(run.snames[s]), run.ipdf[s], run.window, run.stats[s]);
+        write_sample_block(output, text_of(run.snames[s]), run.ipdf[s], found.window,
+                           found.stats[s]);
     }
-    if (run.nsamp == 2) write_statistics_block(output, run.comparison);
+    if (run.nsamp == 2) write_statistics_block(output, found.comparison);
 }
 
-// The terminal's copy ends the comparison with one line more, and in another form.
+// The terminal's copy ends the comparison with one line more, and in another form. It is handed to
+// the system before the file's.
 void report(Run& run, Terminal& terminal) {
     write_report(run, terminal.out);
     if (run.nsamp == 2) {
         write_line(terminal.out, {separator});
         write_line(terminal.out, {" "});
     }
+    flush(terminal.out);
     write_report(run, run.results);
     if (run.nsamp == 2) write_text(run.results, separator);
     save_results(run, terminal);
 }
 
-void analyse_window(Run& run, std::int64_t constraints, Terminal& terminal) {
-    const auto& [rmin, rmax, ilo, ihi] = run.window;
-    const auto sets = std::span(run.sets).first(samples(run));
-    if (analysis::pdfana(sets, run.ipdf, ilo, ihi, run.stats, run.work, terminal.out) ==
-        analysis::Norm::zero) {
-        return;
-    }
-    for (std::size_t s = 0; s < samples(run); ++s) complete_errors(ilo, ihi, run.stats[s]);
-    if (run.nsamp == 2) {
-        const auto& [first, second] = run.stats;
-        run.comparison = stats::statana(ilo, ihi, run.ipdf, constraints, {first.Rmea, second.Rmea},
-                                        {first.var, second.var}, run.sets, terminal);
-    }
-    report(run, terminal);
-}
-
 void analysis_pass(Run& run, Terminal& terminal) {
     write_line(terminal.out, {" "});
-    const std::int32_t nbins = reconcile(run, terminal);
+    reconcile(run, terminal);
     std::int64_t constraints = 0;  // two 32-bit answers cannot overflow it
     for (std::size_t s = 0; s < samples(run); ++s) {
         ask(terminal, "number of pdf to analyze for sample (", s, ") :");
@@ -166,14 +149,24 @@ void analysis_pass(Run& run, Terminal& terminal) {
     }
     write_line(terminal.out, {" "});
     write_line(terminal.out, {"rmin, rmax:"});
-    std::array limits{run.window.rmin, run.window.rmax};
+    input::Window& window = run.analysis.window;
+    std::array limits{window.rmin, window.rmax};
     read_reals(terminal, limits);
-    run.window.rmin = limits[0];
-    run.window.rmax = limits[1];
-    if (locate_window(input::first_bins(run.sets[0].r, nbins), run.window)) {
-        analyse_window(run, constraints, terminal);
-    } else {
-        write_line(terminal.out, {"no data in this window"});
+    window.rmin = limits[0];
+    window.rmax = limits[1];
+
+    const auto sets = std::span(run.sets).first(samples(run));
+    switch (analyse_window(sets, run.ipdf, constraints, run.analysis)) {
+        case Found::no_data:
+            write_line(terminal.out, {"no data in this window"});
+            break;
+        case Found::zero_norm:
+            write_line(terminal.out, {"zero norm, no atoms found"});
+            break;
+        case Found::peak:
+            const stats::Messages& messages = run.analysis.messages;
+            for (std::size_t i = 0; i < messages.count; ++i) pause(terminal, messages.text[i]);
+            report(run, terminal);
     }
 }
 

@@ -4,11 +4,9 @@
 #include <array>
 #include <cstdint>
 
-#include "analysis/window_stats.hpp"
+#include "driver/analyse_window.hpp"
 #include "input/inpdf.hpp"
 #include "input/pdf_set.hpp"
-#include "input/window.hpp"
-#include "stats/compare.hpp"
 #include "textio/lines.hpp"
 #include "textio/output.hpp"
 #include "textio/terminal.hpp"
@@ -27,12 +25,9 @@ struct Run {
     std::array<SampleName, input::maxsamp> snames{};
     std::array<std::int32_t, input::maxsamp> ipdf{};   // chosen partials, counted from 1
     std::array<std::int32_t, input::maxsamp> ncons{};  // constraints
-    input::Window window;
-    std::array<analysis::WindowStats, input::maxsamp> stats;
-    stats::ComparisonResult comparison;
+    Analysis analysis;
     textio::Output results;  // "dorvek.res"
     textio::Input file;      // the PDF file being read
-    input::Column work{};    // one column while it is computed
 };
 
 // Holds the dialogue on `terminal`, set of data after set of data, window after window, until the

@@ -1,3 +1,6 @@
+// A column is resampled by looking each new bin up on the old grid. Where it lies there is found
+// once and serves all columns; the table lookup of a single value takes the same two steps.
+
 #include "input/conbin.hpp"
 
 #include <algorithm>
@@ -8,20 +11,13 @@
 namespace dorvek::input {
 namespace {
 
-// Looks at every bin without stopping at a difference: that is what the compiler makes vectors of.
-bool same_values(std::span<const float> a, std::span<const float> b) {
-    std::uint32_t differences = 0;
-    for (std::size_t i = 0; i < a.size(); ++i) differences += a[i] != b[i] ? 1U : 0U;
-    return differences == 0;
-}
-
 // Where x lies on an ascending grid of n points.
-struct Place {
+struct Position {
     std::int32_t below;  // points at or below x, 0 .. n
     bool on_point;       // x is the last of them
 };
 
-Place place_of(std::span<const float> xa, float x) {
+Position position_of(std::span<const float> xa, float x) {
     // jl and ju count from 1 and close in on x: xa(jl) < x < xa(ju).
     std::size_t jl = 0;
     std::size_t ju = xa.size() + 1;
@@ -37,34 +33,42 @@ Place place_of(std::span<const float> xa, float x) {
     return {.below = static_cast<std::int32_t>(jl), .on_point = false};
 }
 
-float value_at(Place place, std::span<const float> xa, std::span<const float> ya, float x) {
-    const auto jl = static_cast<std::size_t>(place.below);
-    if (place.on_point) return ya[jl - 1];
+float value_at(Position position, std::span<const float> xa, std::span<const float> ya, float x) {
+    const auto jl = static_cast<std::size_t>(position.below);
+    if (position.on_point) return ya[jl - 1];
     if (jl == 0 || jl == xa.size()) return 0.0f;
     return lintpo(xa[jl - 1], xa[jl], ya[jl - 1], ya[jl], x);
 }
 
 }  // namespace
 
-std::int32_t common_bins(const PdfSet& first, PdfSet& second, Column& work,
-                         textio::Output& terminal) {
-    const std::int32_t shorter = std::min(first.nbins, second.nbins);
-    if (same_values(first_bins(first.r, shorter), first_bins(second.r, shorter))) return shorter;
-    write_line(terminal, {"inconsistent bining: adjusted by linear interpolation"});
-    conbin(first, second, work);
-    return first.nbins;
+bool same_grid(const PdfSet& first, const PdfSet& second) {
+    const auto shorter = static_cast<std::size_t>(std::min(first.nbins, second.nbins));
+    // Looks at every bin without stopping at a difference: that is what the compiler makes vectors
+    // of.
+    std::uint32_t differences = 0;
+    for (std::size_t i = 0; i < shorter; ++i) differences += first.r[i] != second.r[i] ? 1U : 0U;
+    return differences == 0;
 }
 
-void conbin(const PdfSet& first, PdfSet& second, Column& work) {
+std::int32_t common_bins(std::span<const PdfSet> sets) {
+    std::int32_t bins = sets.empty() ? 0 : sets[0].nbins;
+    for (const PdfSet& set : sets) bins = std::min(bins, set.nbins);
+    return bins;
+}
+
+void conbin(const PdfSet& first, PdfSet& second) {
     const auto grid = first_bins(first.r, first.nbins);
     const auto old_grid = first_bins(second.r, second.nbins);
-    std::array<Place, maxbin> places;  // of the new bins on the old grid, the same for every column
-    std::ranges::transform(grid, places.begin(), [&](float r) { return place_of(old_grid, r); });
+    std::array<Position, maxbin> positions;  // of the new bins on the old grid
+    std::ranges::transform(grid, positions.begin(),
+                           [&](float r) { return position_of(old_grid, r); });
     const auto resample = [&](Column& column) {
+        Column resampled;  // the old column is the table until the new one is whole
         for (std::size_t i = 0; i < grid.size(); ++i) {
-            work[i] = value_at(places[i], old_grid, column, grid[i]);
+            resampled[i] = value_at(positions[i], old_grid, column, grid[i]);
         }
-        std::copy_n(work.begin(), grid.size(), column.begin());
+        std::copy_n(resampled.begin(), grid.size(), column.begin());
     };
     for (std::size_t p = 0; p < held_partials(second); ++p) {
         resample(second.g[p]);
@@ -72,11 +76,10 @@ void conbin(const PdfSet& first, PdfSet& second, Column& work) {
     }
     std::ranges::copy(grid, second.r.begin());
     second.nbins = first.nbins;
-    second.used = std::max(second.used, second.nbins);
 }
 
 float approx(std::span<const float> xa, std::span<const float> ya, float x) {
-    return value_at(place_of(xa, x), xa, ya, x);
+    return value_at(position_of(xa, x), xa, ya, x);
 }
 
 float lintpo(float x1, float x2, float y1, float y2, float x) {

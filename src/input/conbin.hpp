@@ -5,20 +5,19 @@
 #include <span>
 
 #include "input/pdf_set.hpp"
-#include "textio/output.hpp"
 
 namespace dorvek::input {
 
-// The bins that both samples share: the smaller bin count when their grids agree, bin by bin and
-// exactly, as far as both reach. When they differ, a line on the terminal says so, `second` is
-// resampled and the count is the first sample's.
-[[nodiscard]] std::int32_t common_bins(const PdfSet& first, PdfSet& second, Column& work,
-                                       textio::Output& terminal);
+// Do the grids agree, bin by bin and exactly, as far as both reach? Where they do not, conbin makes
+// them.
+[[nodiscard]] bool same_grid(const PdfSet& first, const PdfSet& second);
+
+// The bins that all sets share, given grids that agree: the smallest bin count, 0 of no set.
+[[nodiscard]] std::int32_t common_bins(std::span<const PdfSet> sets);
 
 // Resamples every partial of `second`, values and running coordination numbers, onto the grid of
 // `first` by linear interpolation; `second` then has the grid and the bin count of `first`.
-// `work` holds one column while it is built.
-void conbin(const PdfSet& first, PdfSet& second, Column& work);
+void conbin(const PdfSet& first, PdfSet& second);
 
 // The value at x of the table ya over the ascending grid xa, of equal lengths: the tabulated value
 // at a grid point, interpolated between two, 0 outside the grid.

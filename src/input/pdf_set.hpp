@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -16,30 +17,36 @@ inline constexpr std::int32_t maxsamp = 2;     // samples per set of data
 // One value per bin.
 using Column = std::array<float, maxbin>;
 
-// The content of one PDF file. Bins beyond nbins and partials beyond npdfs hold zeros when the set
-// has been loaded.
+// The content of one PDF file. What stands beyond nbins and beyond the partials held means nothing.
 struct PdfSet {
     std::int32_t nbins = 0;           // bins read, 0 .. maxbin
-    std::int32_t npdfs = 0;           // partials per bin, as declared; taken as 0 when negative
-    std::int32_t used = 0;            // bins that may hold anything but zeros
+    std::int32_t npdfs = 0;           // partials per bin, as declared
     Column r{};                       // position of each bin, in the file's unit of length
     std::array<Column, maxpdf> g{};   // value of each partial PDF at each bin
     std::array<Column, maxpdf> cn{};  // its running coordination number, atoms
 };
 
-// The partials that a set really holds.
+// The partials that a set really holds, 0 .. maxpdf: none if the declared number is negative, the
+// first maxpdf of more.
 [[nodiscard]] inline std::size_t held_partials(const PdfSet& set) {
-    return static_cast<std::size_t>(std::max(set.npdfs, 0));
+    return static_cast<std::size_t>(std::clamp(set.npdfs, 0, maxpdf));
+}
+
+// Does the set hold partial `ipdf`, counted from 1?
+[[nodiscard]] inline bool holds_partial(const PdfSet& set, std::int32_t ipdf) {
+    return ipdf >= 1 && static_cast<std::size_t>(ipdf) <= held_partials(set);
 }
 
 // The first `count` values of a column.
 [[nodiscard]] inline std::span<const float> first_bins(const Column& column, std::int32_t count) {
+    assert(count >= 0 && count <= maxbin);
     return std::span(column).first(static_cast<std::size_t>(count));
 }
 
 // Bins ilo .. ihi of a column, counted from 1, both ends included.
 [[nodiscard]] inline std::span<const float> window_of(const Column& column, std::int32_t ilo,
                                                       std::int32_t ihi) {
+    assert(ilo >= 1 && ilo <= ihi);
     return first_bins(column, ihi).subspan(static_cast<std::size_t>(ilo - 1));
 }
 

@@ -31,7 +31,8 @@ bool locate_window(std::span<const float> grid, Window& window) {
     };
     const bool rmin_on_grid = snap(window.ilo, window.rmin);
     const bool rmax_on_grid = snap(window.ihi, window.rmax);
-    return rmin_on_grid && rmax_on_grid && window.ihi > window.ilo && !(window.rmax <= window.rmin);
+    return rmin_on_grid && rmax_on_grid && window.ihi != window.ilo &&
+           !(window.rmax <= window.rmin);
 }
 
 }  // namespace dorvek::input

@@ -22,7 +22,8 @@ void locate(std::span<const float> xx, float x, std::int32_t& j);
 
 // Turns typed limits into bins of `grid`. Both limits go to the last grid point strictly below
 // them, rmin at least to the first point, and take its value; a limit that has no bin keeps its
-// own. False if the window is empty: fewer than two bins, or grid values that do not ascend.
+// own. False if the window is empty: a limit without a bin, both limits on one bin, or an rmax that
+// is not above rmin. On a grid that descends, ihi of a window that is not empty lies below ilo.
 [[nodiscard]] bool locate_window(std::span<const float> grid, Window& window);
 
 }  // namespace dorvek::input

@@ -6,7 +6,7 @@
 #include <span>
 
 #include "input/pdf_set.hpp"
-#include "textio/terminal.hpp"
+#include "stats/special_functions.hpp"
 
 namespace dorvek::stats {
 
@@ -38,31 +38,29 @@ struct ComparisonResult {
 // One value for each sample of the comparison.
 using Pair = std::array<float, 2>;
 
-// The tests check nothing: zero divisors give infinities and not-a-numbers. The special functions
-// pause on arguments out of their range, and where they do not converge.
+// The tests check nothing: zero divisors give infinities and not-a-numbers. Arguments out of the
+// range of a special function, and functions that do not converge, are told in `messages`.
 
 // t-test of two means with unequal variances (Welch 1947, Satterthwaite 1946).
 // n1, n2 are sample sizes.
 [[nodiscard]] MeanTest tutest(std::int32_t n1, std::int32_t n2, Pair mean, Pair var,
-                              textio::Terminal& terminal);
+                              Messages& messages);
 
 // F-test of two variances, both tails. n1, n2 are sample sizes.
-[[nodiscard]] VarianceTest ftest(std::int32_t n1, std::int32_t n2, Pair var,
-                                 textio::Terminal& terminal);
+[[nodiscard]] VarianceTest ftest(std::int32_t n1, std::int32_t n2, Pair var, Messages& messages);
 
 // Chi-square test of two binned distributions u and v of equal lengths with `constraints`
 // constraints in all: doff is the number of bins, less 2, less the constraints, less the bins that
 // are exactly zero in both, which are left out.
 [[nodiscard]] DistributionTest ditest(std::span<const float> u, std::span<const float> v,
-                                      std::int64_t constraints, textio::Terminal& terminal);
+                                      std::int64_t constraints, Messages& messages);
 
 // All three tests of the window of bins ilo .. ihi (1-based, both included) of each sample's
-// partial ipdf, 1 .. maxpdf, given the peaks' means and variances. The size of both samples is
-// taken as ihi - ilo.
+// partial ipdf, which the set holds, given the peaks' means and variances. The size of both samples
+// is taken as ihi - ilo.
 [[nodiscard]] ComparisonResult statana(std::int32_t ilo, std::int32_t ihi,
                                        std::span<const std::int32_t, 2> ipdf,
                                        std::int64_t constraints, Pair mean, Pair var,
-                                       std::span<const input::PdfSet, 2> sets,
-                                       textio::Terminal& terminal);
+                                       std::span<const input::PdfSet, 2> sets, Messages& messages);
 
 }  // namespace dorvek::stats

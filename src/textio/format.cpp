@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cassert>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -36,14 +37,16 @@ struct Binary {
     int exponent;            // -149 .. 104
 };
 
-// A magnitude digits * 10^(exponent - n + 1), where n is the number of digits: the decimal
-// point stands behind the first digit, times 10^exponent.
-struct Decimal {
+// A magnitude rounded to n digits, digits * 10^(exponent - n + 1): the decimal point stands behind
+// the first digit, times 10^exponent.
+struct Rounded {
     std::uint32_t digits;
     int exponent;
 };
 
+// The finite magnitude as its two parts.
 Binary split(float magnitude) {
+    assert(magnitude >= 0.0f && std::isfinite(magnitude));
     const auto bits = std::bit_cast<std::uint32_t>(magnitude);
     const auto biased = static_cast<int>(bits >> 23);
     const std::uint32_t fraction = bits & 0x7FFFFFU;
@@ -51,16 +54,22 @@ Binary split(float magnitude) {
     return {.mantissa = fraction | 0x800000U, .exponent = biased - 150};
 }
 
-// floor(2 * x * 10^scale) for x = mantissa * 2^exponent, exact. The result must fit 64 bits and
-// scale must lie in -33 .. 55.
+// A value that has to fit 64 bits.
+std::uint64_t narrowed(Wide value) {
+    assert(value >> 64U == 0);
+    return static_cast<std::uint64_t>(value);
+}
+
+// floor(2 * x * 10^scale) for x = mantissa * 2^exponent, exact.
 std::uint64_t doubled_and_scaled(Binary x, int scale) {
+    assert(scale >= -33 && scale <= 55);
     if (scale < 0) {
         // Only x >= 10^6 comes here. Dividing by an integer, its fraction does not matter.
         const Wide whole = x.exponent < 0 ? Wide{x.mantissa >> static_cast<unsigned>(-x.exponent)}
                                           : Wide{x.mantissa} << static_cast<unsigned>(x.exponent);
         const Wide half_divisor = powers_of_five[static_cast<std::size_t>(-scale)]
                                   << static_cast<unsigned>(-scale - 1);
-        return static_cast<std::uint64_t>(whole / half_divisor);
+        return narrowed(whole / half_divisor);
     }
     // 2 * x * 10^scale = mantissa * 5^scale * 2^(exponent + scale + 1). The product has up to 152
     // bits; it is kept in two pieces, high * 2^64 + low.
@@ -70,15 +79,13 @@ std::uint64_t doubled_and_scaled(Binary x, int scale) {
     const auto low = static_cast<std::uint64_t>(low_product);
     const int shift = x.exponent + scale + 1;
     if (shift >= 0) return low << static_cast<unsigned>(shift);
-    if (shift <= -64) {
-        return static_cast<std::uint64_t>(high >> static_cast<unsigned>(-shift - 64));
-    }
-    const Wide product = (high << 64U) | low;
-    return static_cast<std::uint64_t>(product >> static_cast<unsigned>(-shift));
+    if (shift <= -64) return narrowed(high >> static_cast<unsigned>(-shift - 64));
+    return narrowed(((Wide{narrowed(high)} << 64U) | low) >> static_cast<unsigned>(-shift));
 }
 
 // x rounded half up to `count` significant digits, x > 0.
-Decimal round_half_up(Binary x, int count) {
+Rounded round_half_up(Binary x, int count) {
+    assert(x.mantissa > 0);
     std::uint32_t limit = 1;
     for (int i = 0; i < count; ++i) limit *= 10;
     // 1233/4096 is near enough to log10(2) to give the decimal exponent of every float or one less.
@@ -101,8 +108,9 @@ char* put_digits(char* out, std::uint32_t value, int count) {
     return out + count;
 }
 
-// Six digits and a decimal point; exponent in -1 .. 5.
-char* put_positional(char* out, Decimal decimal) {
+// Six digits and a decimal point.
+char* put_positional(char* out, Rounded decimal) {
+    assert(decimal.exponent >= -1 && decimal.exponent <= 5);
     if (decimal.exponent < 0) {
         *out++ = '0';
         *out++ = '.';
@@ -117,7 +125,7 @@ char* put_positional(char* out, Decimal decimal) {
 }
 
 // Seven digits, the point behind the first, and a two-digit exponent.
-char* put_scientific(char* out, Decimal decimal) {
+char* put_scientific(char* out, Rounded decimal) {
     out = put_digits(out, decimal.digits / 1000000, 1);
     *out++ = '.';
     out = put_digits(out, decimal.digits, 6);
@@ -129,7 +137,7 @@ char* put_scientific(char* out, Decimal decimal) {
 char* put_magnitude(char* out, float magnitude) {
     if (magnitude == 0.0f) return put_positional(out, {.digits = 0, .exponent = -1});
     const Binary x = split(magnitude);
-    const Decimal six = round_half_up(x, 6);
+    const Rounded six = round_half_up(x, 6);
     // Just below 0.1, six significant digits are seven decimals, so that this one rounding decides
     // the form as well as the digits.
     if (six.exponent >= -1 && six.exponent <= 5) return put_positional(out, six);

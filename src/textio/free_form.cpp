@@ -1,3 +1,7 @@
+// A real is read in two ways that agree: nearly every token is one that std::from_chars takes as it
+// stands; any other is taken apart into its digits and an exponent first, and is then respelled for
+// std::from_chars, which alone turns digits into a float.
+
 #include "textio/free_form.hpp"
 
 #include <algorithm>
@@ -148,29 +152,32 @@ const char* take_plain(const char* at, const char* line_end, std::int32_t& value
 
 // "v" or "r*v"; false if it is neither.
 template <typename Number>
-bool parse_repeated(std::string_view token, std::int64_t& count, Number& value) {
+bool parse_repeated(std::string_view token, std::size_t& count, Number& value) {
     const std::size_t star = token.find('*');
     count = 1;
     if (star != std::string_view::npos) {
         constexpr std::int64_t largest = std::numeric_limits<std::int32_t>::max();
         const char* at = token.data();
-        count = take_digits(at, at + star, largest + 1);
-        if (at != token.data() + star || count < 1 || count > largest) return false;
+        const std::int64_t digits = take_digits(at, at + star, largest + 1);
+        if (at != token.data() + star || digits < 1 || digits > largest) return false;
+        count = static_cast<std::size_t>(digits);
         token.remove_prefix(star + 1);
     }
     return parse(token, value);
 }
 
 template <typename Number>
-Scan scan(std::string_view line, ScanState& state, std::span<Number> targets) {
+Scan scan(std::string_view line, ScanState& state, std::span<Number> targets, std::size_t surplus) {
     const char* at = line.data();
     const char* const line_end = at + line.size();
-    while (state.filled < targets.size()) {
+    const std::size_t wanted = targets.size() + surplus;
+    while (state.filled < wanted) {
         while (at != line_end && *at == ' ') ++at;
         if (at == line_end) return Scan::wants_more;
         Number value{};
         if (const char* stop = take_plain(at, line_end, value); stop != nullptr) {
-            targets[state.filled++] = value;
+            if (state.filled < targets.size()) targets[state.filled] = value;
+            ++state.filled;
             state.separator_due = true;
             at = stop;
             continue;
@@ -185,25 +192,28 @@ Scan scan(std::string_view line, ScanState& state, std::span<Number> targets) {
         state.separator_due = true;
         const char* const token = at;
         while (!token_ends(at, line_end)) ++at;
-        std::int64_t count = 0;
+        std::size_t count = 0;
         if (!parse_repeated({token, static_cast<std::size_t>(at - token)}, count, value)) {
             return Scan::illegal_character;
         }
-        for (; count > 0 && state.filled < targets.size(); --count) {
-            targets[state.filled++] = value;
+        const std::size_t next = std::min(state.filled + count, wanted);
+        for (; state.filled < std::min(next, targets.size()); ++state.filled) {
+            targets[state.filled] = value;
         }
+        state.filled = next;
     }
     return Scan::complete;
 }
 
 }  // namespace
 
-Scan scan_line(std::string_view line, ScanState& state, std::span<float> targets) {
-    return scan(line, state, targets);
+Scan scan_line(std::string_view line, ScanState& state, std::span<float> targets,
+               std::size_t surplus) {
+    return scan(line, state, targets, surplus);
 }
 
 Scan scan_line(std::string_view line, ScanState& state, std::span<std::int32_t> targets) {
-    return scan(line, state, targets);
+    return scan(line, state, targets, 0);
 }
 
 }  // namespace dorvek::textio

@@ -1,9 +1,12 @@
 #include "textio/lines.hpp"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -36,7 +39,7 @@ Status grow(Input& input, Buffer& buffer, std::size_t size, std::size_t kept) {
     std::unique_ptr<char[]> larger(new (std::nothrow) char[size]);
     if (larger == nullptr) {
         input.error = ENOMEM;
-        return Status::failed;
+        return Status::cannot_read;
     }
     std::copy_n(buffer.bytes.get(), kept, larger.get());
     buffer = {.bytes = std::move(larger), .size = size};
@@ -48,7 +51,7 @@ Status grow(Input& input, Buffer& buffer, std::size_t size, std::size_t kept) {
 // the result is hardly longer than the line.
 Status drop_controls(Input& input, std::string_view& line) {
     if (grow(input, input.plain, line.size() + longest_field, 0) != Status::ok) {
-        return Status::failed;
+        return Status::cannot_read;
     }
     char* const plain = input.plain.bytes.get();
     std::size_t column = 0;
@@ -72,13 +75,15 @@ bool contains(std::string_view text, char c) {
 
 // Reads more bytes behind those not yet taken, which move to the front of the block.
 Status refill(Input& input) {
-    char* const bytes = input.block.bytes.get();
-    std::copy(bytes + input.begin, bytes + input.end, bytes);
-    input.end -= input.begin;
-    input.begin = 0;
+    if (input.begin > 0) {
+        char* const bytes = input.block.bytes.get();
+        std::copy(bytes + input.begin, bytes + input.end, bytes);
+        input.end -= input.begin;
+        input.begin = 0;
+    }
     if (input.end == input.block.size) {
         const std::size_t size = std::max(2 * input.block.size, first_block);
-        if (grow(input, input.block, size, input.end) != Status::ok) return Status::failed;
+        if (grow(input, input.block, size, input.end) != Status::ok) return Status::cannot_read;
     }
     char* const free = input.block.bytes.get() + input.end;
     ssize_t count = 0;
@@ -87,19 +92,21 @@ Status refill(Input& input) {
     } while (count < 0 && may_retry(input.fd, POLLIN));
     if (count < 0) {
         input.error = errno;
-        return Status::failed;
+        return Status::cannot_read;
     }
     input.end += static_cast<std::size_t>(count);
     return count == 0 ? Status::end_of_input : Status::ok;
 }
 
-template <typename Number>
-Status read_all(Input& input, std::span<Number> targets) {
+// `scan` takes values from one line.
+template <typename ScanOne>
+Status read_lines(Input& input, ScanOne scan) {
     ScanState state;
     for (;;) {
         std::string_view line;
         if (const Status status = take_line(input, line); status != Status::ok) return status;
-        switch (scan_line(line, state, targets)) {
+        input.continued = state.filled > 0;
+        switch (scan(line, state)) {
             case Scan::complete:
                 return Status::ok;
             case Scan::illegal_character:
@@ -112,12 +119,46 @@ Status read_all(Input& input, std::span<Number> targets) {
 
 }  // namespace
 
+std::string_view message_of(Status status) {
+    switch (status) {
+        case Status::ok:
+            return "";
+        case Status::bad_name:
+            return "Bad file specification";
+        case Status::cannot_open:
+            return "Cannot open file";
+        case Status::cannot_read:
+            return "Cannot read";
+        case Status::illegal_character:
+            return "Illegal character in numeric input";
+        case Status::end_of_input:
+            return "Attempt to read past end of file";
+    }
+    return "";
+}
+
 void attach(Input& input, int fd) {
     input.fd = fd;
     input.tab = tab_size();
     input.line_number = 0;
+    input.continued = false;
     input.error = 0;
     input.begin = input.end = 0;
+}
+
+Status open_file(Input& input, std::string_view name, int flags) {
+    attach(input, -1);
+    if (name.empty() || contains(name, '\0')) return Status::bad_name;
+    std::array<char, PATH_MAX> path{};  // the system takes no longer ones
+    if (name.size() < path.size()) {
+        std::ranges::copy(name, path.begin());
+        input.fd = ::open(path.data(), flags, 0666);
+    } else {
+        errno = ENAMETOOLONG;
+    }
+    if (input.fd >= 0) return Status::ok;
+    input.error = errno;
+    return Status::cannot_open;
 }
 
 Status take_line(Input& input, std::string_view& line) {
@@ -133,7 +174,7 @@ Status take_line(Input& input, std::string_view& line) {
             line = {start, length};
             input.begin += length + 1;
             if (contains(line, '\t') || contains(line, '\r')) {
-                if (drop_controls(input, line) != Status::ok) return Status::failed;
+                if (drop_controls(input, line) != Status::ok) return Status::cannot_read;
             }
             ++input.line_number;
             return Status::ok;
@@ -143,12 +184,16 @@ Status take_line(Input& input, std::string_view& line) {
     }
 }
 
-Status read_values(Input& input, std::span<float> targets) {
-    return read_all(input, targets);
+Status read_values(Input& input, std::span<float> targets, std::size_t surplus) {
+    return read_lines(input, [&](std::string_view line, ScanState& state) {
+        return scan_line(line, state, targets, surplus);
+    });
 }
 
 Status read_values(Input& input, std::span<std::int32_t> targets) {
-    return read_all(input, targets);
+    return read_lines(input, [&](std::string_view line, ScanState& state) {
+        return scan_line(line, state, targets);
+    });
 }
 
 }  // namespace dorvek::textio

@@ -12,12 +12,18 @@ namespace dorvek::textio {
 // Text fields and file names are at most this long.
 inline constexpr std::size_t longest_field = 256;
 
+// How reading went.
 enum class Status {
     ok,
+    bad_name,           // blank, or with a zero byte: no file can be called that
+    cannot_open,        // Input::error says why
+    cannot_read,        // Input::error says why
     illegal_character,  // a token could not be read as a number
     end_of_input,       // no complete line is left
-    failed,             // the system could not read; Input::error says why
 };
+
+// What a user is told of it; for `ok`, nothing.
+[[nodiscard]] std::string_view message_of(Status status);
 
 // Room for `size` bytes, not set to anything; take_line enlarges it.
 struct Buffer {
@@ -31,6 +37,7 @@ struct Input {
     int fd = 0;
     std::size_t tab = 0;           // columns between tab stops
     std::int64_t line_number = 0;  // of the line taken last, counted from 1
+    bool continued = false;        // the values read last stood on more than one line
     int error = 0;                 // errno of what failed
 
     Buffer block;  // bytes begin .. end have been read from fd and not yet taken
@@ -43,14 +50,19 @@ struct Input {
 // positive number.
 void attach(Input& input, int fd);
 
+// Opens the named file with these flags of the system's open() and attaches it. Whoever opens a
+// file closes input.fd.
+[[nodiscard]] Status open_file(Input& input, std::string_view name, int flags);
+
 // Takes the next line, without its line feed, carriage returns dropped and tabs expanded to blanks.
 // `line` is valid until the next call. A last line without a line feed counts as the end of input;
 // a line that memory cannot hold is one that the system could not read.
 [[nodiscard]] Status take_line(Input& input, std::string_view& line);
 
-// Reads targets.size() values free-form from as many lines as that takes, starting on a new line.
-// Targets keep their values where null values or a slash say so.
-[[nodiscard]] Status read_values(Input& input, std::span<float> targets);
+// Reads targets.size() values free-form, and `surplus` more that are dropped, from as many lines as
+// that takes, starting on a new line. Targets keep their values where null values or a slash say
+// so.
+[[nodiscard]] Status read_values(Input& input, std::span<float> targets, std::size_t surplus = 0);
 [[nodiscard]] Status read_values(Input& input, std::span<std::int32_t> targets);
 
 }  // namespace dorvek::textio

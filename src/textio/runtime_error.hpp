@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "textio/lines.hpp"
 #include "textio/output.hpp"
 
 namespace dorvek::textio {
@@ -23,5 +24,11 @@ inline constexpr std::string_view terminal_unit = "*";
 // The results file is complete without further ado: whoever writes a report to it flushes it.
 [[noreturn]] void runtime_error(Output& terminal, const Place& place, std::string_view message,
                                 int system_error = 0);
+
+// Ends the run so if reading did not go well. `system_error` is the errno of Status::cannot_open
+// and Status::cannot_read, otherwise 0.
+inline void end_unless_ok(Output& terminal, const Place& place, Status status, int system_error) {
+    if (status != Status::ok) runtime_error(terminal, place, message_of(status), system_error);
+}
 
 }  // namespace dorvek::textio

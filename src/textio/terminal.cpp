@@ -7,24 +7,15 @@
 namespace dorvek::textio {
 namespace {
 
-void end_unless_ok(Terminal& terminal, Status status, std::string_view statement) {
-    const Place place{.statement = statement, .unit = terminal_unit};
-    switch (status) {
-        case Status::ok:
-            return;
-        case Status::illegal_character:
-            runtime_error(terminal.out, place, "Illegal character in numeric input");
-        case Status::end_of_input:
-            runtime_error(terminal.out, place, "Attempt to read past end of file");
-        case Status::failed:
-            runtime_error(terminal.out, place, "Cannot read", terminal.in.error);
-    }
+void end_unless_read(Terminal& terminal, Status status, std::string_view statement = "read") {
+    end_unless_ok(terminal.out, {.statement = statement, .unit = terminal_unit}, status,
+                  terminal.in.error);
 }
 
 std::string_view next_line(Terminal& terminal, std::string_view statement) {
     flush(terminal.out);
     std::string_view line;
-    end_unless_ok(terminal, take_line(terminal.in, line), statement);
+    end_unless_read(terminal, take_line(terminal.in, line), statement);
     return line;
 }
 
@@ -32,12 +23,12 @@ std::string_view next_line(Terminal& terminal, std::string_view statement) {
 
 void read_integer(Terminal& terminal, std::int32_t& value) {
     flush(terminal.out);
-    end_unless_ok(terminal, read_values(terminal.in, std::span(&value, 1)), "read");
+    end_unless_read(terminal, read_values(terminal.in, std::span(&value, 1)));
 }
 
 void read_reals(Terminal& terminal, std::span<float> values) {
     flush(terminal.out);
-    end_unless_ok(terminal, read_values(terminal.in, values), "read");
+    end_unless_read(terminal, read_values(terminal.in, values));
 }
 
 void read_text(Terminal& terminal, std::span<char> field) {

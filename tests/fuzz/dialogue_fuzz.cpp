@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,14 +12,15 @@
 #include "driver/report.hpp"
 #include "driver/run.hpp"
 #include "harness.hpp"
+#include "support/files.hpp"
 
 namespace {
 
 using dorvek::fuzz::claim;
-using dorvek::fuzz::content_of;
-using dorvek::fuzz::file_holding;
 using dorvek::fuzz::files;
 using dorvek::fuzz::take_until;
+using dorvek::support::content_of;
+using dorvek::support::file_holding;
 
 // Every block of a report in the results file stands on the terminal too, in the same order. The
 // two part only in the line that ends a comparison.
@@ -37,18 +40,40 @@ void compare_reports(std::string_view shown, std::string_view results) {
     }
 }
 
-// As it was before its first run.
-void reset(dorvek::driver::Run& run) {
-    for (dorvek::input::PdfSet& set : run.sets) dorvek::fuzz::wipe(set);
+// As it is before its first run, but that the sets hold `left` where a run has not put anything.
+void reset(dorvek::driver::Run& run, float left) {
+    for (dorvek::input::PdfSet& set : run.sets) {
+        set.nbins = set.npdfs = 0;
+        set.r.fill(left);
+        for (auto& column : set.g) column.fill(left);
+        for (auto& column : set.cn) column.fill(left);
+    }
     run.nsamp = 0;
     run.fname = {};
     run.snames = {};
     run.ipdf = run.ncons = {};
-    run.window = {};
-    run.stats = {};
-    run.comparison = {};
+    run.analysis = {};
     run.results = {};
     run.file = {};
+}
+
+// What a run shows on the terminal.
+std::string shown_by(dorvek::driver::Run& run, std::string_view typed) {
+    dorvek::textio::Terminal terminal;
+    attach(terminal.in, file_holding(typed));
+    terminal.out.fd = file_holding("");
+    run.results.fd = run.file.fd = -1;  // closed below, even if it was not opened
+    try {
+        dorvek::driver::run(run, terminal);
+        flush(terminal.out);
+    } catch (const dorvek::fuzz::RunEnded&) {
+        ::close(run.results.fd);
+        ::close(run.file.fd);
+    }
+    std::string shown = content_of(terminal.out.fd);
+    ::close(terminal.in.fd);
+    ::close(terminal.out.fd);
+    return shown;
 }
 
 }  // namespace
@@ -60,20 +85,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     files.a = take_until(text, "%\n");
     files.b = text;
 
-    dorvek::textio::Terminal terminal;
-    attach(terminal.in, file_holding(typed));
-    terminal.out.fd = file_holding("");
-    run->results.fd = run->file.fd = -1;  // closed below, even if it was not opened
-    try {
-        dorvek::driver::run(*run, terminal);
-        flush(terminal.out);
-    } catch (const dorvek::fuzz::RunEnded&) {
-        ::close(run->results.fd);
-        ::close(run->file.fd);
-    }
-    compare_reports(content_of(terminal.out.fd), content_of(files.results));
-    reset(*run);
-    ::close(terminal.in.fd);
-    ::close(terminal.out.fd);
+    reset(*run, 0.0f);
+    const std::string shown = shown_by(*run, typed);
+    const std::string results = content_of(files.results);
+    compare_reports(shown, results);
+
+    reset(*run, std::numeric_limits<float>::quiet_NaN());
+    claim(shown_by(*run, typed) == shown && content_of(files.results) == results,
+          "nothing is read that no file has filled");
     return 0;
 }

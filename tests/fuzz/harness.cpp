@@ -1,7 +1,6 @@
 #include "harness.hpp"
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,7 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "input/inpdf.hpp"
+#include "support/files.hpp"
 #include "textio/runtime_error.hpp"
 
 // Takes the place of the routine in the library, which is then not linked.
@@ -22,7 +21,9 @@ void dorvek::textio::runtime_error(Output& terminal, const Place& /*place*/,
 // The linker's --wrap=open leads every call of open here.
 extern "C" int __real_open(const char* path, int flags, ...);   // NOLINT
 extern "C" int __wrap_open(const char* path, int flags, ...) {  // NOLINT
-    using namespace dorvek::fuzz;
+    using dorvek::fuzz::files;
+    using dorvek::support::content_of;
+    using dorvek::support::file_holding;
     const std::string_view name = path;
     if (name.find('/') != std::string_view::npos) {
         errno = EACCES;
@@ -45,33 +46,6 @@ extern "C" int __wrap_open(const char* path, int flags, ...) {  // NOLINT
 namespace dorvek::fuzz {
 
 Files files;
-
-int file_holding(std::string_view content) {
-    const int fd = ::memfd_create("fuzz", MFD_CLOEXEC);
-    claim(fd >= 0, "there is a descriptor left");
-    if (!content.empty()) {
-        const ssize_t written = ::pwrite(fd, content.data(), content.size(), 0);
-        claim(written == static_cast<ssize_t>(content.size()), "a file takes its content");
-    }
-    return fd;
-}
-
-std::string content_of(int fd) {
-    if (fd < 0) return {};
-    std::string content(static_cast<std::size_t>(::lseek(fd, 0, SEEK_END)), '\0');
-    const ssize_t read = ::pread(fd, content.data(), content.size(), 0);
-    claim(read == static_cast<ssize_t>(content.size()), "a file gives its content back");
-    return content;
-}
-
-void wipe(input::PdfSet& set) {
-    // A bin takes at least one byte of a file, and resampling takes no more than the other has.
-    const std::size_t bins = std::max(files.a.size(), files.b.size());
-    set.used = static_cast<std::int32_t>(std::min<std::size_t>(bins, input::maxbin));
-    set.npdfs = input::maxpdf;
-    clear(set);
-    set.npdfs = 0;
-}
 
 void claim(bool holds, const char* statement) {
     if (holds) return;

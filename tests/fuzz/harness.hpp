@@ -4,10 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
-
-#include "input/pdf_set.hpp"
 
 // Tries one input. The name is libFuzzer's.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -25,13 +22,6 @@ struct Files {
     int results = -1;
 };
 extern Files files;
-
-// A file without a name that holds `content` and is read from its beginning.
-int file_holding(std::string_view content);
-std::string content_of(int fd);
-
-// Puts zeros over whatever a run may have left in a set, even one that ended in mid-read.
-void wipe(input::PdfSet& set);
 
 // Stops the fuzzer where a statement about the program does not hold.
 void claim(bool holds, const char* statement);

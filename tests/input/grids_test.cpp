@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -8,6 +7,7 @@
 
 #include "input/conbin.hpp"
 #include "input/window.hpp"
+#include "support/table.hpp"
 
 namespace dorvek::input {
 namespace {
@@ -15,15 +15,12 @@ namespace {
 TEST(Grids, AreSearchedAsTheTableSays) {
     std::vector<float> grid;
     std::vector<float> values;
-    std::ifstream table(SOURCE_DIR "/tests/input/grids.txt");
-    int rows = 0;
-    for (std::string line, name; std::getline(table, line);) {
-        std::istringstream words(line);
-        if (!(words >> name) || name == "#") continue;
-        SCOPED_TRACE(line);
+    support::for_each_row("input/grids.txt", [&](std::istringstream& row) {
+        std::string name;
+        row >> name;
         std::vector<float> typed;
         std::vector<float> expected;
-        for (std::string word; words >> word;) {
+        for (std::string word; row >> word;) {
             if (word == "=") {
                 std::swap(typed, expected);
             } else {
@@ -41,6 +38,7 @@ TEST(Grids, AreSearchedAsTheTableSays) {
             locate(grid, typed.at(0), j);
             EXPECT_EQ(static_cast<float>(j), expected.at(0));
         } else {
+            ASSERT_EQ(name, "window");
             Window window{.rmin = typed.at(0), .rmax = typed.at(1)};
             const bool data = locate_window(grid, window);
             const auto& [rmin, rmax, ilo, ihi] = window;
@@ -48,9 +46,7 @@ TEST(Grids, AreSearchedAsTheTableSays) {
                                    static_cast<float>(ihi)}),
                       expected);
         }
-        ++rows;
-    }
-    EXPECT_EQ(rows, 57);
+    });
 }
 
 }  // namespace

@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <string>
+
+#include "support/table.hpp"
 
 namespace dorvek::textio {
 namespace {
@@ -20,17 +21,12 @@ TEST(FormatInteger, HasASignField) {
 }
 
 TEST(FormatReal, WritesTheTable) {
-    std::ifstream table(SOURCE_DIR "/tests/textio/format.txt");
-    int rows = 0;
-    for (std::string line; std::getline(table, line);) {
-        const std::size_t quote = line.find('"');
-        if (quote == std::string::npos) continue;
+    support::for_each_row("textio/format.txt", [](std::istringstream& row) {
+        std::string value;
+        row >> value;
         NumberText text{};
-        const float value = std::strtof(line.c_str(), nullptr);
-        EXPECT_EQ('"' + std::string(format_real(value, text)) + '"', line.substr(quote)) << line;
-        ++rows;
-    }
-    EXPECT_EQ(rows, 39);
+        EXPECT_EQ(format_real(std::strtof(value.c_str(), nullptr), text), support::quoted(row));
+    });
 }
 
 }  // namespace

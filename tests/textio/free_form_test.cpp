@@ -5,9 +5,10 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <string>
+
+#include "support/table.hpp"
 
 namespace dorvek::textio {
 namespace {
@@ -48,23 +49,15 @@ void expect_row(const std::string& lines, std::istringstream& expected) {
 }
 
 TEST(ScanLine, ReadsTheTable) {
-    std::ifstream table(SOURCE_DIR "/tests/textio/free_form.txt");
-    int rows = 0;
-    for (std::string line; std::getline(table, line);) {
-        const std::size_t quote = line.find('"');
-        if (line.starts_with('#') || quote == std::string::npos) continue;
-        SCOPED_TRACE(line);
-        const std::size_t end = line.find('"', quote + 1);
-        std::string text = line.substr(quote + 1, end - quote - 1);
+    support::for_each_row("textio/free_form.txt", [](std::istringstream& row) {
+        std::string kind;
+        row >> kind;
+        std::string text = support::quoted(row);
         for (std::size_t at = 0; (at = text.find('\\')) != std::string::npos;) {
             text.replace(at, 2, text[at + 1] == 'n' ? "\n" : "\t");
         }
-        std::istringstream expected(line.substr(end + 1));
-        line.starts_with("real") ? expect_row<float>(text, expected)
-                                 : expect_row<std::int32_t>(text, expected);
-        ++rows;
-    }
-    EXPECT_EQ(rows, 93);
+        kind == "real" ? expect_row<float>(text, row) : expect_row<std::int32_t>(text, row);
+    });
 }
 
 // 2^24 + 1 is midway between two floats; a digit behind hundreds of zeros moves it off.

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "support/typed.hpp"
+#include "support/files.hpp"
 
 namespace dorvek::textio {
 namespace {
@@ -98,7 +98,7 @@ TEST(TakeLine, SaysWhyItCannotRead) {
     attach(input, ::memfd_create("test", 0));
     ::close(input.fd);
     std::string_view line;
-    EXPECT_EQ(take_line(input, line), Status::failed);
+    EXPECT_EQ(take_line(input, line), Status::cannot_read);
     EXPECT_EQ(input.error, EBADF);
 }
 

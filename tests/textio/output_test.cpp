@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "support/typed.hpp"
+#include "support/files.hpp"
 
 namespace dorvek::textio {
 namespace {
