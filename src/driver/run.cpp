@@ -52,11 +52,6 @@ void close_results(Run& run, Terminal& terminal) {
     }
 }
 
-// The samples of this pass, 0 to maxsamp.
-std::size_t samples(const Run& run) {
-    return static_cast<std::size_t>(std::max(run.nsamp, 0));
-}
-
 std::string_view text_of(std::span<const char> field) {
     return {field.data(), field.size()};
 }
@@ -76,7 +71,7 @@ bool asked_for_more(Terminal& terminal, std::string_view question) {
 
 void start_data_set(Run& run, Terminal& terminal) {
     write_line(terminal.out, {" "});
-    run.nsamp = maxsamp;
+    run.report.nsamp = maxsamp;
     open_results(run, terminal);
     write_text(run.results, "analysis of rmc pdfs");
     write_text(run.results, " ");
@@ -85,13 +80,13 @@ void start_data_set(Run& run, Terminal& terminal) {
     write_line(terminal.out, {" "});
     write_line(terminal.out, {" "});
     write_line(terminal.out, {"analyse one or two pdfs (<=2): "});
-    read_integer(terminal, run.nsamp);
-    run.nsamp = std::min(run.nsamp, maxsamp);
+    read_integer(terminal, run.report.nsamp);
+    run.report.nsamp = std::min(run.report.nsamp, maxsamp);
     write_line(terminal.out, {" "});
 }
 
 void load_samples(Run& run, Terminal& terminal) {
-    for (std::size_t s = 0; s < samples(run); ++s) {
+    for (std::size_t s = 0; s < samples(run.report); ++s) {
         ask(terminal, "pdf file (", s, ") : ");
         read_text(terminal, run.fname);
         put(run.results, "file: ");
@@ -100,38 +95,23 @@ void load_samples(Run& run, Terminal& terminal) {
         save_results(run, terminal);
         inpdf(run.sets[s], run.fname, terminal, run.file);
         ask(terminal, "sample name (", s, ") : ");
-        read_text(terminal, run.snames[s]);
+        read_text(terminal, run.report.snames[s]);
     }
 }
 
 // The second sample goes onto the grid of the first if theirs differ.
 void reconcile(Run& run, Terminal& terminal) {
     auto& [first, second] = run.sets;
-    if (run.nsamp < 2 || same_grid(first, second)) return;
+    if (run.report.nsamp < 2 || same_grid(first, second)) return;
     write_line(terminal.out, {"inconsistent bining: adjusted by linear interpolation"});
     conbin(first, second);
 }
 
-void write_report(const Run& run, textio::Output& output) {
-    const Analysis& found = run.analysis;
-    for (std::size_t s = 0; s < samples(run); ++s) {
-        write_sample_block(output, text_of(run.snames[s]), run.ipdf[s], found.window,
-                           found.stats[s]);
-    }
-    if (run.nsamp == 2) write_statistics_block(output, found.comparison);
-}
-
-// The terminal's copy ends the comparison with one line more, and in another form. It is handed to
-// the system before the file's.
-void report(Run& run, Terminal& terminal) {
-    write_report(run, terminal.out);
-    if (run.nsamp == 2) {
-        write_line(terminal.out, {separator});
-        write_line(terminal.out, {" "});
-    }
+// The terminal's copy is handed to the system before the file's.
+void show(Run& run, Terminal& terminal) {
+    write_terminal(terminal.out, run.report);
     flush(terminal.out);
-    write_report(run, run.results);
-    if (run.nsamp == 2) write_text(run.results, separator);
+    write_results(run.results, run.report);
     save_results(run, terminal);
 }
 
@@ -139,9 +119,9 @@ void analysis_pass(Run& run, Terminal& terminal) {
     write_line(terminal.out, {" "});
     reconcile(run, terminal);
     std::int64_t constraints = 0;  // two 32-bit answers cannot overflow it
-    for (std::size_t s = 0; s < samples(run); ++s) {
+    for (std::size_t s = 0; s < samples(run.report); ++s) {
         ask(terminal, "number of pdf to analyze for sample (", s, ") :");
-        read_integer(terminal, run.ipdf[s]);
+        read_integer(terminal, run.report.ipdf[s]);
         write_line(terminal.out, {" "});
         ask(terminal, "number of constraints for sample (", s, "):");
         read_integer(terminal, run.ncons[s]);
@@ -149,14 +129,14 @@ void analysis_pass(Run& run, Terminal& terminal) {
     }
     write_line(terminal.out, {" "});
     write_line(terminal.out, {"rmin, rmax:"});
-    input::Window& window = run.analysis.window;
+    input::Window& window = run.report.found.window;
     std::array limits{window.rmin, window.rmax};
     read_reals(terminal, limits);
     window.rmin = limits[0];
     window.rmax = limits[1];
 
-    const auto sets = std::span(run.sets).first(samples(run));
-    switch (analyse_window(sets, run.ipdf, constraints, run.analysis)) {
+    const auto sets = std::span(run.sets).first(samples(run.report));
+    switch (analyse_window(sets, run.report.ipdf, constraints, run.report.found)) {
         case Found::no_data:
             write_line(terminal.out, {"no data in this window"});
             break;
@@ -164,9 +144,9 @@ void analysis_pass(Run& run, Terminal& terminal) {
             write_line(terminal.out, {"zero norm, no atoms found"});
             break;
         case Found::peak:
-            const stats::Messages& messages = run.analysis.messages;
+            const stats::Messages& messages = run.report.found.messages;
             for (std::size_t i = 0; i < messages.count; ++i) pause(terminal, messages.text[i]);
-            report(run, terminal);
+            show(run, terminal);
     }
 }
 

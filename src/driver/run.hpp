@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "driver/analyse_window.hpp"
+#include "driver/report.hpp"
 #include "input/inpdf.hpp"
 #include "input/pdf_set.hpp"
 #include "textio/lines.hpp"
@@ -13,21 +13,16 @@
 
 namespace dorvek::driver {
 
-using SampleName = std::array<char, 80>;
-
 // Everything a run holds, one entry per sample where there are several: set aside once, about
 // 1.7 MB, most of it never touched. Answers live as long as the run, for a null answer keeps the
 // one before; samples live for one set of data, a window and its results for one analysis.
 struct Run {
-    std::int32_t nsamp = 0;
     input::FileName fname{};
     std::array<input::PdfSet, input::maxsamp> sets;
-    std::array<SampleName, input::maxsamp> snames{};
-    std::array<std::int32_t, input::maxsamp> ipdf{};   // chosen partials, counted from 1
     std::array<std::int32_t, input::maxsamp> ncons{};  // constraints
-    Analysis analysis;
-    textio::Output results;  // "dorvek.res"
-    textio::Input file;      // the PDF file being read
+    Report report;                                     // samples, partials and window as answered
+    textio::Output results;                            // "dorvek.res"
+    textio::Input file;                                // the PDF file being read
 };
 
 // Holds the dialogue on `terminal`, set of data after set of data, window after window, until the

@@ -48,11 +48,9 @@ void reset(dorvek::driver::Run& run, float left) {
         for (auto& column : set.g) column.fill(left);
         for (auto& column : set.cn) column.fill(left);
     }
-    run.nsamp = 0;
+    run.report = {};
     run.fname = {};
-    run.snames = {};
-    run.ipdf = run.ncons = {};
-    run.analysis = {};
+    run.ncons = {};
     run.results = {};
     run.file = {};
 }
