@@ -2,7 +2,6 @@
 
 include(GNUInstallDirs)
 install(TARGETS dorvek)
-install(PROGRAMS tools/dorvek-batch tools/dorvek-plot tools/dorvek-table TYPE BIN)
 install(FILES doc/dorvek.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md CHANGELOG.md LICENSE CITATION.cff TYPE DOC)
 install(FILES doc/si-o.svg DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc) # the picture in README.md

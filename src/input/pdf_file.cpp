@@ -2,11 +2,44 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <span>
+
+#include "textio/free_form.hpp"
 
 namespace dorvek::input {
 
 using textio::Status;
+
+namespace {
+
+// What a read that ended so has met: the line taken last, or one that could not be taken.
+PdfReading reading_of(Status status, const textio::Input& file) {
+    const bool taken = status == Status::illegal_character;
+    return {.status = status,
+            .line = taken ? file.line_number : file.line_number + 1,
+            .error = file.error};
+}
+
+}  // namespace
+
+PdfReading count_numbers(textio::Input& file, std::size_t& count) {
+    textio::ScanState state;
+    while (state.filled == 0) {
+        std::string_view line;
+        Status status = take_line(file, line);
+        if (status == Status::end_of_input) break;
+        if (status == Status::ok) {
+            const textio::Scan scan = scan_line(line, state, std::span<float>{},
+                                                std::numeric_limits<std::int32_t>::max());
+            if (scan == textio::Scan::illegal_character) status = Status::illegal_character;
+        }
+        if (status != Status::ok) return reading_of(status, file);
+    }
+    if (state.filled > 0) put_back_line(file);
+    count = state.filled;
+    return {};
+}
 
 PdfReading read_pdf(textio::Input& file, std::int32_t npdfs, PdfSet& set) {
     set.npdfs = npdfs;
@@ -20,14 +53,7 @@ PdfReading read_pdf(textio::Input& file, std::int32_t npdfs, PdfSet& set) {
         std::ranges::fill(numbers, 0.0f);  // a null value leaves 0
         const Status status = textio::read_values(file, numbers, 2 * (declared - partials));
         if (status == Status::end_of_input) return reading;
-        if (status != Status::ok) {
-            // The line taken last, or one that could not be taken.
-            const bool taken = status == Status::illegal_character;
-            reading.status = status;
-            reading.line = taken ? file.line_number : file.line_number + 1;
-            reading.error = file.error;
-            return reading;
-        }
+        if (status != Status::ok) return reading_of(status, file);
         reading.bins_left_out = set.nbins == maxbin;
         if (reading.bins_left_out) return reading;
 

@@ -17,6 +17,11 @@ struct PdfReading {
     bool bin_continued = false;  // a bin took more than one line
 };
 
+// The numbers on the first line of an opened file that holds any; nothing is taken but blank lines.
+// A file of r and two numbers for each partial has an odd number of them. 0 at the end of the file.
+// The status is that of a read.
+[[nodiscard]] PdfReading count_numbers(textio::Input& file, std::size_t& count);
+
 // Reads bins of `npdfs` partials from an opened file into `set`, up to the end of the file.
 // Each bin is one free-form read of 1 + 2 * npdfs numbers: r, then g and the running coordination
 // number of each partial; a null value is 0. There is no header; further numbers on the last line

@@ -172,6 +172,7 @@ Status take_line(Input& input, std::string_view& line) {
         if (feed != nullptr) {
             const auto length = static_cast<std::size_t>(static_cast<const char*>(feed) - start);
             line = {start, length};
+            input.previous = input.begin;
             input.begin += length + 1;
             if (contains(line, '\t') || contains(line, '\r')) {
                 if (drop_controls(input, line) != Status::ok) return Status::cannot_read;
@@ -182,6 +183,11 @@ Status take_line(Input& input, std::string_view& line) {
         searched = available;
         if (const Status status = refill(input); status != Status::ok) return status;
     }
+}
+
+void put_back_line(Input& input) {
+    input.begin = input.previous;
+    --input.line_number;
 }
 
 Status read_values(Input& input, std::span<float> targets, std::size_t surplus) {

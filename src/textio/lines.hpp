@@ -43,7 +43,8 @@ struct Input {
     Buffer block;  // bytes begin .. end have been read from fd and not yet taken
     std::size_t begin = 0;
     std::size_t end = 0;
-    Buffer plain;  // the line taken last, if it had to be rewritten
+    std::size_t previous = 0;  // where the line taken last begins
+    Buffer plain;              // the line taken last, if it had to be rewritten
 };
 
 // Starts over on another file; the buffers stay. Tabs go by the environment's TABSIZE, if that is a
@@ -58,6 +59,9 @@ void attach(Input& input, int fd);
 // `line` is valid until the next call. A last line without a line feed counts as the end of input;
 // a line that memory cannot hold is one that the system could not read.
 [[nodiscard]] Status take_line(Input& input, std::string_view& line);
+
+// Takes the line taken last back, to be taken once more.
+void put_back_line(Input& input);
 
 // Reads targets.size() values free-form, and `surplus` more that are dropped, from as many lines as
 // that takes, starting on a new line. Targets keep their values where null values or a slash say

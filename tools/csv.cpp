@@ -1,0 +1,162 @@
+#include "csv.hpp"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+#include "program.hpp"
+#include "textio/free_form.hpp"
+
+namespace dorvek::tools {
+namespace {
+
+// The length of the character of UTF-8 that `text` begins with: 0 if it begins with none, -1 if it
+// ends within one.
+int character_length(std::string_view text) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned first = byte(0);
+    if (first < 0x80) return 1;
+    if (first < 0xC2 || first > 0xF4) return 0;
+    const int length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    // The second byte excludes forms too long, surrogates, and what lies beyond the last character.
+    const unsigned low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+    const unsigned high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+    for (int i = 1; i < length; ++i) {
+        if (static_cast<std::size_t>(i) == text.size()) return -1;
+        const unsigned next = byte(static_cast<std::size_t>(i));
+        if (next < (i == 1 ? low : 0x80) || next > (i == 1 ? high : 0xBF)) return 0;
+    }
+    return length;
+}
+
+std::string valid_utf8(std::string_view text) {
+    std::string valid;
+    while (!text.empty()) {
+        const int length = character_length(text);
+        if (length < 0) break;
+        valid += length == 0 ? "\uFFFD" : text.substr(0, static_cast<std::size_t>(length));
+        text.remove_prefix(static_cast<std::size_t>(std::max(length, 1)));
+    }
+    return valid;
+}
+
+template <typename Number>
+std::optional<Number> number_of(std::string_view cell) {
+    const std::size_t first = std::min(cell.find_first_not_of(' '), cell.size());
+    const std::string_view token = cell.substr(first, cell.find_last_not_of(' ') + 1 - first);
+    if (token.empty() || token.find_first_of(" ,/*") != std::string_view::npos) return {};
+    Number number{};
+    textio::ScanState state;
+    if (scan_line(token, state, std::span(&number, 1)) != textio::Scan::complete) return {};
+    return number;
+}
+
+}  // namespace
+
+TableReader::TableReader(const std::string& name)
+    : name_(name == "-" ? "standard input" : name),
+      file_(name == "-" ? stdin : std::fopen(name.c_str(), "r")) {
+    if (file_ == nullptr) throw Failure(name_ + system_reason());
+    for (int c = 0; c != '\n' && (c = std::getc(file_)) != EOF;) ahead_ += static_cast<char>(c);
+    if (ahead_.starts_with("\xEF\xBB\xBF")) taken_ = 3;
+    if (ahead_.find('\t') != std::string::npos) separator_ = '\t';
+    while (headings_.empty() && take_row(headings_)) {
+    }
+    if (headings_.empty()) throw Failure(name_ + ": no headings");
+}
+
+TableReader::~TableReader() {
+    if (file_ != stdin) std::fclose(file_);
+}
+
+std::optional<std::size_t> TableReader::column(std::string_view heading) const {
+    const auto found = std::ranges::find(headings_, heading);
+    if (found == headings_.end()) return {};
+    return static_cast<std::size_t>(found - headings_.begin());
+}
+
+bool TableReader::next(Row& row) {
+    do {
+        if (!take_row(row)) return false;
+    } while (row.empty());
+    row.resize(std::max(row.size(), headings_.size()));
+    return true;
+}
+
+int TableReader::take() {
+    if (taken_ < ahead_.size()) return static_cast<unsigned char>(ahead_[taken_++]);
+    const int c = std::getc(file_);
+    if (c == EOF && std::ferror(file_) != 0) throw Failure(name_ + system_reason());
+    return c;
+}
+
+// Takes one line, or several if quotes hold line feeds. A blank line makes an empty row. False at
+// the end of the table.
+bool TableReader::take_row(Row& row) {
+    row.clear();
+    std::string cell;
+    bool was_quoted = false;
+    for (int c = take();; c = take()) {
+        if (c == '"' && cell.empty() && !was_quoted) {
+            was_quoted = true;
+            c = take_quoted(cell);
+        }
+        if (c == separator_) {
+            row.push_back(std::exchange(cell, {}));
+            was_quoted = false;
+        } else if (c == '\n' || c == EOF) {
+            if (c == EOF && row.empty() && cell.empty() && !was_quoted) return false;
+            if (cell.ends_with('\r')) cell.pop_back();
+            const bool blank = cell.find_first_not_of(' ') == std::string::npos;
+            if (!row.empty() || !blank || was_quoted) row.push_back(std::move(cell));
+            return true;
+        } else {
+            cell += static_cast<char>(c);
+        }
+    }
+}
+
+// Takes what stands between quotes, where two stand for one. Returns what follows the last.
+int TableReader::take_quoted(std::string& cell) {
+    for (int c = take();; c = take()) {
+        if (c == '"' && (c = take()) != '"') return c;
+        if (c == EOF) throw Failure(name_ + ": a quote is not closed");
+        cell += static_cast<char>(c);
+    }
+}
+
+std::optional<float> real_of(std::string_view cell) {
+    return number_of<float>(cell);
+}
+
+std::optional<std::int32_t> whole_of(std::string_view cell) {
+    const std::size_t point = cell.find('.');
+    if (point != std::string_view::npos && point > 0) {
+        const std::string_view decimals = cell.substr(point + 1);
+        if (decimals.find_first_not_of('0') == std::string_view::npos) cell = cell.substr(0, point);
+    }
+    return number_of<std::int32_t>(cell);
+}
+
+void append_row(std::string& table, const Row& row, char separator) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        if (i > 0) table += separator;
+        std::string cell = valid_utf8(row[i]);
+        if (separator == '\t') {
+            std::ranges::replace_if(
+                cell, [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
+        }
+        const bool quote = separator == '\t' ? cell.starts_with('"')
+                                             : cell.find_first_of("\",\r\n") != std::string::npos;
+        if (!quote) {
+            table += cell;
+            continue;
+        }
+        table += '"';
+        for (const char c : cell) table.append(c == '"' ? 2 : 1, c);
+        table += '"';
+    }
+    table += '\n';
+}
+
+}  // namespace dorvek::tools

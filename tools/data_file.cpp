@@ -1,0 +1,80 @@
+#include "data_file.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+
+#include "input/pdf_file.hpp"
+
+namespace dorvek::tools {
+namespace {
+
+using input::PdfReading;
+using textio::Status;
+
+void require(const PdfReading& reading, const std::string& name) {
+    if (reading.status == Status::ok) return;
+    std::string what(message_of(reading.status));
+    if (reading.error != 0) what += std::string(": ") + std::strerror(reading.error);
+    throw BadFile(name + ", line " + std::to_string(reading.line) + ": " + what);
+}
+
+std::int32_t partials_of(textio::Input& file, const std::string& name) {
+    std::size_t count = 0;
+    require(count_numbers(file, count), name);
+    if (count == 0 || (count % 2 == 1 && count > 1)) return static_cast<std::int32_t>(count / 2);
+    throw BadFile(name + ": " + std::to_string(count) +
+                  " numbers on the first line are not r and two for each partial");
+}
+
+// Grids are printed with few digits, so a bin may lie off its place; half a step is more than that.
+void examine_grid(const input::PdfSet& set, std::vector<std::string>& said) {
+    const auto r = first_bins(set.r, set.nbins);
+    if (r.size() < 2) return;
+    bool ascends = true;
+    bool even = true;
+    const double step =
+        (static_cast<double>(r.back()) - r.front()) / static_cast<double>(r.size() - 1);
+    for (std::size_t i = 0; i < r.size(); ++i) {
+        if (i > 0) ascends = ascends && r[i] > r[i - 1];
+        const double place = r.front() + static_cast<double>(i) * step;
+        even = even && std::abs(r[i] - place) <= 0.5 * std::abs(step);
+    }
+    if (!ascends) said.emplace_back("r does not ascend");
+    if (!even) said.emplace_back("r is not evenly spaced");
+}
+
+}  // namespace
+
+std::vector<std::string> load_pdf(const std::string& name, std::optional<std::int32_t> partials,
+                                  input::PdfSet& set) {
+    thread_local textio::Input file;  // its buffers serve one file after another
+    const Status opened = open_file(file, name, O_RDONLY);
+    if (opened == Status::cannot_open && file.error == ENOENT) {
+        throw BadFile("no such file: " + name);
+    }
+    if (opened != Status::ok) {
+        throw BadFile(name + ": " + std::string(message_of(opened)) +
+                      (file.error == 0 ? "" : std::string(": ") + std::strerror(file.error)));
+    }
+    const struct Closer {
+        ~Closer() { ::close(fd); }
+        int fd;
+    } closer{file.fd};
+    const PdfReading reading = read_pdf(file, partials ? *partials : partials_of(file, name), set);
+    require(reading, name);
+    std::vector<std::string> said;
+    const auto only = [&](std::int32_t capacity, const char* what) {
+        said.push_back("only the first " + std::to_string(capacity) + what);
+    };
+    if (set.npdfs > input::maxpdf) only(input::maxpdf, " pdfs of the file are taken");
+    if (reading.bins_left_out) only(input::maxbin, " bins of the file are kept");
+    if (reading.bin_continued) said.emplace_back("a bin took more than one line of the file");
+    examine_grid(set, said);
+    return said;
+}
+
+}  // namespace dorvek::tools

@@ -1,0 +1,76 @@
+#include "program.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace dorvek::tools {
+namespace {
+
+std::atomic<bool> complained{false};
+
+// A stream that the caller has closed must not become a file that is opened later. Put in its place
+// is one that can be neither read from nor written to as the stream would be.
+void open_standard_streams() {
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+        const int flags = fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        if (::fcntl(fd, F_GETFD) == -1) ::open("/dev/null", flags);  // takes the lowest free one
+    }
+}
+
+int end_with(int status, const char* what) {
+    tell(what);
+    return status;
+}
+
+}  // namespace
+
+void tell(const std::string& what) {
+    std::fprintf(stderr, "%s: %s\n", program_invocation_short_name, what.c_str());
+}
+
+void complain(const std::string& what) {
+    tell(what);
+    complained = true;
+}
+
+std::string system_reason() {
+    return std::string(": ") + std::strerror(errno);
+}
+
+void write(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+        throw Failure("cannot write" + system_reason());
+    }
+}
+
+int run(CLI::App& app, int argc, char** argv, const std::function<void()>& work) {
+    open_standard_streams();
+    app.set_help_flag("--help", "show this text");
+    app.set_version_flag("--version", DORVEK_VERSION, "show the version");
+    app.get_formatter()->column_width(26);
+    try {
+        app.parse(argc, argv);
+        work();
+        if (std::fflush(stdout) != 0) throw Failure("cannot write" + system_reason());
+    } catch (const CLI::Success& shown) {  // --help, --version
+        app.exit(shown);
+        return std::fflush(stdout) == 0 ? 0 : end_with(1, "cannot write");
+    } catch (const CLI::ParseError& error) {
+        return end_with(2, (std::string(error.what()) + " (see --help)").c_str());
+    } catch (const WrongCall& error) {
+        return end_with(2, error.what());
+    } catch (const Failure& error) {
+        return end_with(1, error.what());
+    } catch (const std::bad_alloc&) {
+        return end_with(1, "not enough memory");
+    }
+    return complained ? 1 : 0;
+}
+
+}  // namespace dorvek::tools

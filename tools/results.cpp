@@ -1,0 +1,62 @@
+#include "results.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "textio/format.hpp"
+
+namespace dorvek::tools {
+namespace {
+
+using driver::Line;
+using driver::Number;
+
+std::string text_of(float value) {
+    if (std::isnan(value)) return "NaN";
+    textio::NumberText text{};
+    return trimmed(textio::format_real(value, text));
+}
+
+// Calls use(number) for each number of the lines.
+template <typename Use>
+void for_each_number(std::span<const Line> lines, Use use) {
+    for (const Line& line : lines) {
+        for (const Number& number : line.numbers) {
+            if (number.in != nullptr) use(number);
+        }
+    }
+}
+
+}  // namespace
+
+std::string trimmed(std::string_view field) {
+    const std::size_t first = std::min(field.find_first_not_of(' '), field.size());
+    return std::string(field.substr(first, field.find_last_not_of(' ') + 1 - first));
+}
+
+Row result_headings() {
+    Row row{"sample", "file", "name", "pdf"};
+    const auto add = [&](const Number& number) { row.emplace_back(number.heading); };
+    for_each_number(driver::sample_lines(), add);
+    for_each_number(driver::statistics_lines(), add);
+    return row;
+}
+
+void append_result(Row& row, const driver::Report& report, std::size_t s, std::string_view file) {
+    const driver::SampleName& sname = report.snames[s];
+    const std::string_view name(sname.data(), sname.size());
+    row.push_back(std::to_string(s + 1));
+    row.emplace_back(file);
+    row.emplace_back(name.substr(0, name.find_last_not_of(' ') + 1));
+    row.push_back(std::to_string(report.ipdf[s]));
+    const auto add = [&](const Number& number) { row.push_back(text_of(number.in(report, s))); };
+    const auto add_empty = [&](const Number& /*number*/) { row.emplace_back(); };
+    for_each_number(driver::sample_lines(), add);
+    if (report.nsamp == 2) {
+        for_each_number(driver::statistics_lines(), add);
+    } else {
+        for_each_number(driver::statistics_lines(), add_empty);
+    }
+}
+
+}  // namespace dorvek::tools

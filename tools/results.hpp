@@ -1,0 +1,24 @@
+// A report as rows of a table: one for each sample, with the report's digits.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "csv.hpp"
+#include "driver/report.hpp"
+
+namespace dorvek::tools {
+
+// The headings sample, file, name and pdf, then those of the numbers.
+[[nodiscard]] Row result_headings();
+
+// Adds the cells under these headings to `row`: those of sample `s`, counted from 0, of the report
+// and its data file. The tests of a comparison stand in the rows of both samples; a single sample's
+// are empty.
+void append_result(Row& row, const driver::Report& report, std::size_t s, std::string_view file);
+
+// A field without the blanks that pad it.
+[[nodiscard]] std::string trimmed(std::string_view field);
+
+}  // namespace dorvek::tools

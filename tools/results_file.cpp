@@ -1,0 +1,85 @@
+#include "results_file.hpp"
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "program.hpp"
+#include "results.hpp"
+#include "textio/lines.hpp"
+
+namespace dorvek::tools {
+namespace {
+
+// The whole content of a file; nothing if it cannot be read, and errno says why.
+std::optional<std::string> content_of(const std::string& name) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "r"),
+                                                               std::fclose);
+    if (file == nullptr) return {};
+    std::string content;
+    std::string block(1 << 16, '\0');
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get())) {
+        content.append(block, 0, count);
+    }
+    if (std::ferror(file.get()) != 0) return {};
+    return content;
+}
+
+bool take(std::string_view& text, std::string_view part) {
+    if (!text.starts_with(part)) return false;
+    text.remove_prefix(part.size());
+    return true;
+}
+
+// Takes the line of a data file's name and the blank one below it.
+bool take_file_name(std::string_view& text, std::string& name) {
+    constexpr std::string_view label = "file: ";
+    std::string_view rest = text;
+    if (!take(rest, label) || rest.size() < textio::longest_field) return false;
+    name = trimmed(rest.substr(0, textio::longest_field));
+    rest.remove_prefix(textio::longest_field);
+    if (!take(rest, "\n \n")) return false;
+    text = rest;
+    return true;
+}
+
+// Goes on to the next line that may begin a report.
+void skip_damaged(std::string_view& text) {
+    const std::string begin = "\n " + std::string(driver::separator) + "\n";
+    const std::size_t found = text.find(begin);
+    text.remove_prefix(found == std::string_view::npos ? text.size() : found + 1);
+}
+
+}  // namespace
+
+void for_each_report(const std::string& name, const std::function<void(const FiledReport&)>& use) {
+    const std::optional<std::string> content = content_of(name);
+    if (!content) return complain(name + ": cannot be read" + system_reason());
+    std::string_view text = *content;
+    if (!take(text, "analysis of rmc pdfs\n \n")) {
+        return complain(name + ": no results file of dorvek");
+    }
+    FiledReport filed;
+    for (std::string file; take_file_name(text, file);) filed.files.push_back(file);
+    filed.report.nsamp = static_cast<std::int32_t>(filed.files.size());
+    if (filed.files.size() > input::maxsamp) return complain(name + ": is damaged");
+    if (text.empty()) return complain(name + ": no report");
+    while (!text.empty()) {
+        ++filed.number;
+        if (take_report(text, filed.report)) {
+            use(filed);
+            continue;
+        }
+        complain(name + ": report " + std::to_string(filed.number) + " is cut short or damaged");
+        skip_damaged(text);
+        while (!text.empty()) {
+            driver::Report next{.nsamp = filed.report.nsamp};
+            std::string_view rest = text;
+            if (take_report(rest, next)) break;
+            skip_damaged(text);
+        }
+    }
+}
+
+}  // namespace dorvek::tools
