@@ -24,7 +24,7 @@ void require(const PdfReading& reading, const std::string& name) {
 
 std::int32_t partials_of(textio::Input& file, const std::string& name) {
     std::size_t count = 0;
-    require(count_numbers(file, count), name);
+    require(input::count_numbers(file, count), name);
     if (count == 0 || (count % 2 == 1 && count > 1)) return static_cast<std::int32_t>(count / 2);
     throw BadFile(name + ": " + std::to_string(count) +
                   " numbers on the first line are not r and two for each partial");
@@ -32,7 +32,7 @@ std::int32_t partials_of(textio::Input& file, const std::string& name) {
 
 // Grids are printed with few digits, so a bin may lie off its place; half a step is more than that.
 void examine_grid(const input::PdfSet& set, std::vector<std::string>& said) {
-    const auto r = first_bins(set.r, set.nbins);
+    const auto r = input::first_bins(set.r, set.nbins);
     if (r.size() < 2) return;
     bool ascends = true;
     bool even = true;
@@ -64,7 +64,8 @@ std::vector<std::string> load_pdf(const std::string& name, std::optional<std::in
         ~Closer() { ::close(fd); }
         int fd;
     } closer{file.fd};
-    const PdfReading reading = read_pdf(file, partials ? *partials : partials_of(file, name), set);
+    const PdfReading reading =
+        input::read_pdf(file, partials ? *partials : partials_of(file, name), set);
     require(reading, name);
     std::vector<std::string> said;
     const auto only = [&](std::int32_t capacity, const char* what) {
