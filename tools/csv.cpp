@@ -30,6 +30,8 @@ int character_length(std::string_view text) {
 }
 
 std::string valid_utf8(std::string_view text) {
+    const auto is_ascii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (std::ranges::all_of(text, is_ascii)) return std::string(text);
     std::string valid;
     while (!text.empty()) {
         const int length = character_length(text);
@@ -62,7 +64,7 @@ TableReader::TableReader(const std::string& name)
     if (ahead_.find('\t') != std::string::npos) separator_ = '\t';
     while (headings_.empty() && take_row(headings_)) {
     }
-    if (headings_.empty()) throw Failure(name_ + ": no headings");
+    if (headings_.empty()) throw WrongCall(name_ + ": no headings");
 }
 
 TableReader::~TableReader() {

@@ -94,7 +94,9 @@ Status refill(Input& input) {
         input.error = errno;
         return Status::cannot_read;
     }
-    input.end += static_cast<std::size_t>(count);
+    const std::string_view read(free, static_cast<std::size_t>(count));
+    input.end += read.size();
+    input.has_controls = input.has_controls || contains(read, '\t') || contains(read, '\r');
     return count == 0 ? Status::end_of_input : Status::ok;
 }
 
@@ -144,6 +146,7 @@ void attach(Input& input, int fd) {
     input.continued = false;
     input.error = 0;
     input.begin = input.end = 0;
+    input.has_controls = false;
 }
 
 Status open_file(Input& input, std::string_view name, int flags) {
@@ -174,9 +177,9 @@ Status take_line(Input& input, std::string_view& line) {
             line = {start, length};
             input.previous = input.begin;
             input.begin += length + 1;
-            if (contains(line, '\t') || contains(line, '\r')) {
-                if (drop_controls(input, line) != Status::ok) return Status::cannot_read;
-            }
+            const bool rewrite =
+                input.has_controls && (contains(line, '\t') || contains(line, '\r'));
+            if (rewrite && drop_controls(input, line) != Status::ok) return Status::cannot_read;
             ++input.line_number;
             return Status::ok;
         }

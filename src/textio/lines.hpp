@@ -43,8 +43,9 @@ struct Input {
     Buffer block;  // bytes begin .. end have been read from fd and not yet taken
     std::size_t begin = 0;
     std::size_t end = 0;
-    std::size_t previous = 0;  // where the line taken last begins
-    Buffer plain;              // the line taken last, if it had to be rewritten
+    std::size_t previous = 0;   // where the line taken last begins
+    bool has_controls = false;  // a carriage return or a tab has been read
+    Buffer plain;               // the line taken last, if it had to be rewritten
 };
 
 // Starts over on another file; the buffers stay. Tabs go by the environment's TABSIZE, if that is a
