@@ -3,21 +3,24 @@
 # loop that reads the same numbers, and the loaders of numpy and pandas. Installs what it needs with
 # apt-get where it is missing, and says so.
 set -eu
-root=$(cd "$(dirname "$0")/.." && pwd)
+export LC_ALL=C
+root=$(dirname "$(dirname "$(realpath "$0")")")
 . "$root/packaging/packages.sh"
-need g++ cmake ninja-build libbenchmark-dev valgrind gawk python3 python3-numpy python3-pandas
-build_preset "$root" bench
-dorvek=$root/build/bench/dorvek
-limit=$root/build/bench/bench/limit
+build_preset "$root" release valgrind python3 python3-numpy python3-pandas
 
 # In memory where that can be: the disk is not what is compared.
 scratch=$(mktemp -d -p "$([ -d /dev/shm ] && echo /dev/shm || echo /tmp)")
 trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"
+dorvek=$root/build/release/dorvek
+limit=$scratch/limit
+for program in limit side_by_side; do # as the release is built
+    g++ -std=c++20 -O3 -DNDEBUG -static -o "$program" "$root/bench/$program.cpp"
+done
 
 # data BINS PARTIALS STEP FORMAT SHIFT: a file of peaks that move with the partial.
 data() {
-    LC_ALL=C gawk -v bins="$1" -v partials="$2" -v step="$3" -v format="$4" -v shift="$5" 'BEGIN {
+    awk -v bins="$1" -v partials="$2" -v step="$3" -v format="$4" -v shift="$5" 'BEGIN {
         for (i = 1; i <= bins; i++) {
             r = step * i
             line = sprintf(format, r)
@@ -65,22 +68,17 @@ for name in sys.argv[1:]:
     pandas.read_csv(name, sep=r"\s+", header=None, dtype="float32")
 END
 
-# row NAME ROUNDS INPUT FILES [numpy]: one line of the first table and, with numpy, of the second.
+# row NAME ROUNDS INPUT FILES [loaders]: one line of the first table and, with loaders, of the
+# second. INPUT and FILES hold an @ for each round's number.
 row() {
     name=$1 rounds=$2 input=$3 files=$4
-    set -- "$input $dorvek" "/dev/null $limit $files" "${5-}"
-    if [ -n "$3" ]; then
-        set -- "$1" "$2" "/dev/null /usr/bin/python3 numpy_load.py $files" \
-            "/dev/null /usr/bin/python3 pandas_load.py $files"
-    else
-        set -- "$1" "$2"
-    fi
-    "$root/build/bench/bench/side_by_side" "$rounds" "$@" >measured
-    first_files=$(echo "$files" | sed 's/@/1/')
-    # shellcheck disable=SC2086 # a list of files
+    set -- ${5:+"/dev/null /usr/bin/python3 numpy_load.py $files" \
+        "/dev/null /usr/bin/python3 pandas_load.py $files"}
+    ./side_by_side "$rounds" "$input $dorvek" "/dev/null $limit $files" "$@" >measured
+    # shellcheck disable=SC2046 # a list of files
     awk -v name="$name" \
         -v dorvek="$(instructions "$(echo "$input" | sed 's/@/1/')" "$dorvek")" \
-        -v limit="$(instructions /dev/null "$limit" $first_files)" '
+        -v limit="$(instructions /dev/null "$limit" $(echo "$files" | sed 's/@/1/'))" '
         { ms[NR] = $1 / 1000; faults[NR] = $2; kb[NR] = $3 }
         END {
             printf "| %s | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %d | %d | %d | %d |\n", name,
@@ -107,14 +105,14 @@ two f1 f2 11 >windows.typed
 two f1 other_grid 1 >grids.typed
 one narrow 1 1.8 >narrow.typed
 
-grep -m 1 'model name' /proc/cpuinfo | sed 's/.*: //'
-echo "$(nproc) cores, Debian $(cat /etc/debian_version), $(g++ --version | head -n 1), $(date +%F)"
-echo "load average $(cut -d ' ' -f 1-3 /proc/loadavg)"
+echo "$(date +%F):$(sed -n 's/^model name.*://p;T;q' /proc/cpuinfo), $(nproc) cores," \
+    "Debian $(cat /etc/debian_version), g++ $(g++ -dumpfullversion)," \
+    "load average $(cut -d ' ' -f 1 /proc/loadavg)"
 echo
 echo "| work | Minstr | limit | ratio | ms | limit | ratio | faults | limit | peak KB | limit |"
 echo "|---|---|---|---|---|---|---|---|---|---|---|"
-row "two files, %12.6f" 15 f.typed "f1 f2" numpy
-row "two files, %.6E" 15 e.typed "e1 e2" numpy
+row "two files, %12.6f" 15 f.typed "f1 f2" loaders
+row "two files, %.6E" 15 e.typed "e1 e2" loaders
 row "two files, two grids" 15 grids.typed "f1 other_grid"
 row "one file, 10000 x 1" 101 narrow.typed narrow
 row "one file, 400 x 3, 2000 times" 2000 small@.typed small@
@@ -125,7 +123,7 @@ cat loaders
 echo
 before=$(instructions f.typed "$dorvek")
 after=$(instructions windows.typed "$dorvek")
-echo "Each further window: $(((after - before) / 10)) instructions"
+echo "Each further window: $(((after - before) / 10)) instructions (two samples, report included)."
 echo
 echo "| bins | bytes | instructions | per bin |"
 echo "|---|---|---|---|"
@@ -134,10 +132,7 @@ for bins in 0 100 300 1000 3000 10000; do
     head -n "$bins" f1 >part
     one part 10 1.8 >part.typed
     count=$(instructions part.typed "$dorvek")
-    if [ "$bins" -eq 0 ]; then
-        start=$count
-        echo "| 0 | 0 | $count | |"
-    else
-        echo "| $bins | $(wc -c <part) | $count | $(((count - start) / bins)) |"
-    fi
+    per_bin=
+    [ "$bins" -eq 0 ] && start=$count || per_bin="$(((count - start) / bins)) "
+    echo "| $bins | $(wc -c <part) | $count | $per_bin|"
 done

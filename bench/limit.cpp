@@ -1,18 +1,28 @@
-// limit FILE...: reads the numbers of the files into fixed storage, and does nothing else.
+// limit FILE...: the least that reading numbers can cost. Reads those of the files into fixed
+// storage by a bare loop of std::from_chars and does nothing else: no lines, no checks, no null
+// values.
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
-
-#include "numbers.hpp"
 
 namespace {
 
 std::array<char, 16384> text;
 std::array<float, 420000> values;  // two samples of 10000 bins, 1 + 2 * 10 numbers each
+
+// Puts the numbers of a text into `next`. Returns behind the last one.
+float* take_numbers(const char* at, const char* end, float* next) {
+    for (;;) {
+        while (at != end && (*at == ' ' || *at == '\n')) ++at;
+        if (at == end) return next;
+        at = std::from_chars(at, end, *next++).ptr;
+    }
+}
 
 }  // namespace
 
@@ -28,7 +38,7 @@ int main(int argc, char** argv) {
             end += count;
             char* stop = end;  // behind the last whole line
             while (stop != text.data() && stop[-1] != '\n') --stop;
-            next = dorvek::bench::take_numbers(text.data(), stop, next);
+            next = take_numbers(text.data(), stop, next);
             end = std::copy(stop, end, text.data());
         }
         ::close(fd);

@@ -2,8 +2,8 @@
 // command: the median wall time in microseconds, the median of minor page faults, and the largest
 // peak memory in kilobytes.
 //
-// A command is "INPUT PROGRAM ARGUMENT...", words apart by single blanks; the process reads INPUT
-// and writes to /dev/null. An @ in a word stands for the number of the round, from 1.
+// A command is "INPUT PROGRAM ARGUMENT...", words apart by blanks; the process reads INPUT and
+// writes to /dev/null. An @ in a word stands for the number of the round, from 1.
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -14,6 +14,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,20 +22,17 @@ namespace {
 
 struct Measured {
     std::vector<double> microseconds;
-    std::vector<long> faults;
+    std::vector<double> faults;
     long kilobytes = 0;
 };
 
-std::vector<std::string> words_of(const std::string& command, const std::string& round) {
-    std::vector<std::string> words(1);
-    for (const char c : command) {
-        if (c == ' ') {
-            words.emplace_back();
-        } else if (c == '@') {
-            words.back() += round;
-        } else {
-            words.back() += c;
-        }
+std::vector<std::string> words_of(const std::string& command, int round) {
+    std::vector<std::string> words;
+    std::istringstream text(command);
+    for (std::string word; text >> word;) {
+        const auto at = word.find('@');
+        if (at != std::string::npos) word.replace(at, 1, std::to_string(round));
+        words.push_back(word);
     }
     return words;
 }
@@ -68,12 +66,11 @@ void measure(const std::vector<std::string>& words, Measured& measured) {
     }
     const std::chrono::duration<double, std::micro> elapsed = steady_clock::now() - start;
     measured.microseconds.push_back(elapsed.count());
-    measured.faults.push_back(usage.ru_minflt);
+    measured.faults.push_back(static_cast<double>(usage.ru_minflt));
     measured.kilobytes = std::max(measured.kilobytes, usage.ru_maxrss);
 }
 
-template <typename Value>
-Value median(std::vector<Value>& values) {
+double median(std::vector<double>& values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
@@ -91,10 +88,10 @@ int main(int argc, char** argv) {
     std::vector<Measured> measured(commands.size());
     for (int round = 1; round <= rounds; ++round) {
         for (std::size_t i = 0; i < commands.size(); ++i) {
-            measure(words_of(commands[i], std::to_string(round)), measured[i]);
+            measure(words_of(commands[i], round), measured[i]);
         }
     }
     for (Measured& m : measured) {
-        std::printf("%.0f %ld %ld\n", median(m.microseconds), median(m.faults), m.kilobytes);
+        std::printf("%.0f %.0f %ld\n", median(m.microseconds), median(m.faults), m.kilobytes);
     }
 }

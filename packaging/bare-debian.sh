@@ -24,6 +24,7 @@ as_user() { inside --userspec=nobody:nogroup "$root" "$@"; }
 inside "$root" sh -c 'dpkg -i /tmp/dorvek_*.deb'
 as_user sh /tmp/try.sh /usr
 inside "$root" dpkg -r dorvek
-[ ! -e "$root/usr/bin/dorvek" ] && [ ! -e "$root/usr/share/doc/dorvek" ]
+[ ! -e "$root/usr/bin/dorvek" ]
+[ ! -e "$root/usr/share/doc/dorvek" ]
 as_user sh -c 'mkdir /tmp/dorvek && tar -xzf /tmp/dorvek-*.tar.gz -C /tmp/dorvek --strip-components=1'
 as_user sh /tmp/try.sh /tmp/dorvek

@@ -20,5 +20,5 @@ dpkg-deb -c "$build"/dorvek_*.deb | awk '!/r-[x-] root\/root/ {print; shut = 1} 
 [ -z "$(dpkg-deb -f "$build"/dorvek_*.deb Depends)" ]
 for prefix in "$scratch/usr" "$scratch"/dorvek-*; do
     ./try.sh "$prefix"
-    ldd "$prefix/bin/dorvek" 2>&1 | grep 'not a dynamic executable'
+    LC_ALL=C ldd "$prefix/bin/dorvek" 2>&1 | grep 'not a dynamic executable'
 done

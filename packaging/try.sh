@@ -4,6 +4,7 @@ set -eu
 [ -x "$1/bin/dorvek" ]
 PATH=$1/bin:$PATH
 share=$1/share
+[ -f "$share/doc/dorvek/doc/si-o.svg" ] # the picture in README.md
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 cp -R "$share/doc/dorvek/examples" "$scratch"
@@ -13,4 +14,6 @@ cd examples/silica
 zcat -f "$share"/man/man1/dorvek.1* |
     sed -n '/^printf.*| dorvek$/{s/\\(aq/'"'"'/g; s/\\e/\\/g; p;}' | sh >shown
 # The running number of the data at 2.29 less that at 1.29.
-grep '^ CN=     4\.00782  +/- ' shown dorvek.res
+for report in shown dorvek.res; do
+    grep '^ CN=     4\.00782  +/- ' "$report"
+done

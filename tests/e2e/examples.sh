@@ -4,8 +4,8 @@
 # README's console blocks. In these, lines that begin with "> " are typed, the rest is shown; a
 # block that begins with "..." shows the end of a session. Trailing blanks do not count there.
 set -eu
-program=${DORVEK:-$1}
-source=$2
+program=$(realpath "${DORVEK_UNDER_TEST:-$1}")
+source=$(realpath "$2")
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 mkdir "$scratch/examples"

@@ -3,12 +3,13 @@
 # Faults of the system: what the user sees, how the run ends, and that every report finished before
 # is in dorvek.res. Needs strace, and runs the program as an ordinary user.
 set -eu
-program=${DORVEK:-$1}
+program=${DORVEK_UNDER_TEST:-$1}
+umask 0 # whatever the caller's: the ordinary user reads, and the program creates, files made here
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 mkdir "$scratch/run"
 cp "$program" "$scratch/dorvek"
-chmod 755 "$scratch"
+chmod 755 "$scratch" "$scratch/dorvek"
 [ "$(id -u)" -ne 0 ] || chown -R nobody "$scratch/run"
 cd "$scratch/run"
 
@@ -57,7 +58,7 @@ expect 'an argument' 2 0
 
 # Who may read and write what the program creates is the user's affair.
 answers new.dat >../typed
-run sh -c 'umask 0; ../dorvek' <../typed
+run ../dorvek <../typed
 [ "$(stat -c %a dorvek.res new.dat | uniq)" = 666 ]
 expect 'new files' 0 0
 

@@ -1,12 +1,14 @@
 #!/bin/sh
 # run_case.sh PROGRAM CASE [--accept]
-# Runs PROGRAM, or the one that the environment names as DORVEK, on the typed answers and data files
+# Runs PROGRAM, or the one that DORVEK_UNDER_TEST names, on the typed answers and data files
 # of the directory CASE, in a scratch copy of it, and compares terminal, standard error, exit status,
 # dorvek.res and the names of the files left behind with CASE/expected.
 # --accept writes what came out to CASE/expected instead; review the difference like code.
 set -eu
-program=${DORVEK:-$1}
+program=$(realpath "${DORVEK_UNDER_TEST:-$1}")
 case=$2
+unset TABSIZE # which the program reads
+export LC_ALL=C
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 mkdir "$scratch/got" "$scratch/run"
