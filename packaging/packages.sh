@@ -1,5 +1,7 @@
 # shellcheck shell=sh
 # What the scripts share: Debian packages and builds. To be sourced.
+# shellcheck disable=SC2034 # used there
+companions_need='libcli11-dev libboost-dev gnuplot-nox'
 
 # need PACKAGE...: installs the packages that are missing, and says so first.
 need() {
