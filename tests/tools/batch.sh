@@ -10,9 +10,6 @@ batch() { # what it says on standard error goes to errors, its exit status to st
     status=0
     "$bin/dorvek-batch" "$@" 2>errors || status=$?
 }
-column() { # HEADING: of the table on standard input, whose cells hold no commas
-    awk -F , -v heading="$1" 'NR == 1 { while ($++n != heading); } { print $n }' | paste -s -d ' '
-}
 
 # What the dialogue reports for the same answers: windows of one sample; of two, with constraints; of
 # two grids, the second time on what the first has resampled; of two bins, with pauses.
@@ -39,23 +36,93 @@ T,file,partial,partials,rmin,rmax,name,constraints,file2,partial2,partials2,name
 on two lines",two_bins/a.dat,1,,3.5,4.5,a,,two_bins/a.dat,2,,b
 END
 batch good.csv >good
-check 'the rows of the dialogue' "$(cat expected)" \
-    "$(sed -n 's/^.*,ok,[^,]*,[0-9]*,\([12],\)/\1/p' good)"
+sed -n 's/^.*,ok,\("[^"]*"\|[^,]*\),[0-9]*,\([12],\)/\2/p' good >rows
+check 'the rows of the dialogue' '' "$(diff expected rows)"
 check 'and its messages' 'inconsistent bining: adjusted by linear interpolation
 pause: A or B too big, or ITMAX too small; pause: A or B too big, or ITMAX too small; '"\
 pause without a message; pause: A too large, ITMAX too small; "'the chi-square test has no degrees of freedom' \
     "$(sed -n 's/.*,ok,\(".*"\|[^,]*\),[0-9]*,1,.*/\1/p' good | sed 's/^"//; s/"$//' | grep . | uniq)"
-check 'what is passed through' '1,300, 2,300, "7,""quoted ""x"" ",' \
+check 'what is passed through' '1,300, 2,300, 7,"quoted ""x"",' \
     "$(sed -n 's/^\([127],[^,]*,\).*/\1/p' good | uniq | paste -s -d ' ')"
 
-# In their order, each file read once, on any number of cores; what comes out can go in again.
+# In their order, a file read once for the rows that follow one another, on any number of cores.
 mkfifo fifo
 {
-    echo 'file,partial,rmin,rmax'
-    for n in $(seq 700); do printf '%s\n' "silica_300K.dat,$((n % 4)),1.4,2.2" fifo,2,1.4,2.2; done
+    echo 'file,partial,rmin,rmax,file2,partial2'
+    for n in $(seq 700); do echo "fifo,$((n % 4)),1.4,2.2,fifo,3"; done
+    for n in $(seq 700); do echo "silica_300K.dat,$((n % 4)),1.4,2.2"; done
 } >long.csv
-cat silica_300K.dat >fifo &
-sed -i 's/,2,1.4,2.2$/&,fifo,3/; s/rmax/&,file2,partial2/; s/fifo,2/silica_300K.dat,2/' long.csv
-batch -j 1 long.csv >one
-check 'rows in their order' "$(seq -s ' ' 1400)" "$(column id <one | tr ' ' '\n' | uniq | paste -s -d ' ')"
+for jobs in 1 7; do
+    timeout 20 cat silica_300K.dat >fifo &
+    batch -j $jobs - <long.csv >jobs_$jobs
+done
+check 'rows in their order' "$(seq -s ' ' 1400)" "$(sed 1d jobs_1 | cut -d , -f 1 | uniq | paste -s -d ' ')"
+check 'the same on seven cores' "$(cksum <jobs_1)" "$(cksum <jobs_7)"
+
+# What is wrong with a row stands in it; what is odd about the data as well.
+echo 'r g n' >text.dat
+printf '0.1 0 0\n0.2 1 1 2\n0.3 x 2\n' >third.dat
+printf '%s\n' '0.1 1' '1' '0.2 2' '3' '0.3 1 4 9 9' >wrapped.dat
+printf '%s\n' '1 1 0' '2 2 2' '3 1 4' '2.5 1 5' >turning.dat
+printf '%s\n' '1 1 0' '2 2 2' '3 1 4' '7 1 5' '8 0 5' >gap.dat
+printf '%s\n' '1 1 0 1' '2 2 2 1' >even.dat
+seq 10001 | sed 's/$/ 1 1/' >many.dat
+sed 's/$/ 18*1 4*2/' wrapped.dat | tail -n 1 >twelve.dat
+tr ' ' '\t' >bad.csv <<'END'
+id file partial partials rmin rmax constraints file2 partial2
+gone gone.dat 1 3 1 2
+gone2 turning.dat 1  0 9  gone.dat 1
+text text.dat 1  1 2
+third third.dat 1 1 0 9
+folder different_grids 1 1 0 9
+even even.dat 1  0 9
+empty silica_300K.dat 2  20 30
+zero silica_300K.dat 2  0.2 0.9
+beyond silica_300K.dat 4  1.4 2.2
+comma silica_300K.dat 2  1.4 1,9
+slash silica_300K.dat 2  1.4 1.9/
+half silica_300K.dat 2.5  1.4 1.9
+none silica_300K.dat   1.4 1.9
+long silica_300K.dat 2  1.4 1.9  even.dat  more
+wrapped wrapped.dat 1 1 0 9
+turning turning.dat 1  0 9
+gap gap.dat 1  0 9
+many many.dat 1  9 99
+twelve silica_300K.dat 2 12 0.1 9
+END
+batch bad.csv >bad
+check 'what is wrong, and what is odd' "$(cat "$source/tests/tools/batch_messages.txt")" \
+    "$(sed -n 's/^\([a-z0-9]*\),\(ok\|failed\),\(".*"\|[^,]*\),.*/\1: \2 \3/p' bad | cut -c 1-200)"
+check 'status and count' '1 dorvek-batch: 19 rows, 14 failed' "$status $(cat errors)"
+check 'as many fields everywhere' 39 "$(sed 's/"[^"]*"//g' bad | awk -F , '{ print NF }' | uniq)"
+check 'no data file is created' 'gone*' "$(echo gone*)"
+
+# Tables in other clothes.
+printf '\357\273\277\r\nfile,name,partial,rmin,rmax,x\r\n\r\n  \r\nsilica_300K.dat,%079dé,2,1.4,2.2,"a\r\n""b""\tc"\r\nsilica_300K.dat,caf\351s,2,1.4,2.2' 0 >odd.csv
+batch odd.csv >odd
+check 'odd characters' "$(printf '1,"a\r\n""b""\tc",ok,,500,1,silica_300K.dat,%079d,2\n2,,ok,,500,1,silica_300K.dat,caf\357\277\275s,2' 0)" \
+    "$(sed '1d; s/,1\.39000.*//' odd)"
+batch odd >again
+check 'results fed back' "$(head -n 1 odd) 0" "$(head -n 1 again) $status"
+check 'only headings' 1 "$(head -n 1 good.csv | "$bin/dorvek-batch" | wc -l)"
+
+# Calls and ends.
+for call in 'no column partial:file,rmin,rmax' 'no column rmax:file,partial,rmin' 'no headings:'; do
+    printf '%s\n' "${call#*:}" >wrong.csv
+    batch wrong.csv >out
+    check "a table with ${call%%:*}" 2 "$status$(cat out)"
+    check 'and why' 1 "$(grep -c "${call%%:*}" errors)"
+done
+printf 'file,partial,rmin,rmax\n"silica' >wrong.csv
+batch wrong.csv >out
+check 'a quote that is not closed' '1 dorvek-batch: wrong.csv: a quote is not closed' "$status $(cat errors)"
+batch -j 0 good.csv
+check 'no cores' 2 "$status"
+for stream in '>/dev/full' '>&-'; do
+    status=0
+    eval "\"\$bin/dorvek-batch\" good.csv 2>errors $stream" || status=$?
+    check "standard output $stream" '1 dorvek-batch: cannot write' "$status $(sed 's/: [^:]*$//' errors)"
+done
+{ "$bin/dorvek-batch" jobs_1 2>errors || :; } | :
+check 'a reader that goes away' '' "$(cat errors)"
 exit "$failed"

@@ -1,9 +1,9 @@
 #!/bin/sh
-# replicas.sh PROGRAM: types the commands of two sessions, lines that begin with "$ ", and compares
+# replicas.sh BIN: types the commands of two sessions, lines that begin with "$ ", and compares
 # what they show, standard error first, and their exit status, if it is not 0, with what stands
 # there.
 set -eu
-PATH=$(cd "$(dirname "$1")" && pwd):$PATH
+PATH=$(cd "$1" && pwd):$PATH
 cd "$(dirname "$0")"
 for session in replicas.txt ../references/replicas.txt; do
     grep '^[$#] ' "$session" | while read -r prompt command; do
