@@ -11,12 +11,6 @@ namespace {
 using driver::Line;
 using driver::Number;
 
-std::string text_of(float value) {
-    if (std::isnan(value)) return "NaN";
-    textio::NumberText text{};
-    return trimmed(textio::format_real(value, text));
-}
-
 // Calls use(number) for each number of the lines.
 template <typename Use>
 void for_each_number(std::span<const Line> lines, Use use) {
@@ -28,6 +22,12 @@ void for_each_number(std::span<const Line> lines, Use use) {
 }
 
 }  // namespace
+
+std::string text_of(float value) {
+    if (std::isnan(value)) return "NaN";
+    textio::NumberText text{};
+    return trimmed(textio::format_real(value, text));
+}
 
 std::string trimmed(std::string_view field) {
     const std::size_t first = std::min(field.find_first_not_of(' '), field.size());

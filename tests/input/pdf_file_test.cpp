@@ -57,6 +57,36 @@ TEST(ReadPdf, SaysHowItWent) {
     }
 }
 
+TEST(CountNumbers, TakesNothingButBlankLines) {
+    static const struct {
+        std::string content;
+        Status status;
+        std::size_t count;
+        std::int32_t bins;  // of one partial, read afterwards
+    } cases[] = {
+        {"", Status::ok, 0, 0},
+        {"\n \n1 2 3\n4 5 6\n", Status::ok, 3, 2},
+        {"1\n2 3\n", Status::ok, 1, 1},
+        {"1,2*7,/ 9\n", Status::ok, 3, 1},
+        {"1 2147483647*2\n", Status::ok, 2147483647, 1},
+        {"\nr g n\n", Status::illegal_character, 0, 0},
+    };
+    for (const auto& [content, status, count, bins] : cases) {
+        SCOPED_TRACE(content);
+        textio::Input file;
+        attach(file, support::file_holding(content));
+        std::size_t counted = 0;
+        const PdfReading reading = count_numbers(file, counted);
+        EXPECT_EQ(reading.status, status);
+        EXPECT_EQ(reading.line, status == Status::ok ? 0 : 2);
+        EXPECT_EQ(counted, count);
+        const auto set = std::make_unique<PdfSet>();
+        EXPECT_EQ(read_pdf(file, 1, *set).status, Status::ok);
+        EXPECT_EQ(set->nbins, bins);
+        ::close(file.fd);
+    }
+}
+
 TEST(ReadPdf, KeepsWithinItsCapacities) {
     std::string content;  // 25 numbers on three lines
     for (int bin = 1; bin <= maxbin; ++bin) content += std::to_string(bin) + "\n20*2\n3 3*4\n";

@@ -123,6 +123,6 @@ for stream in '>/dev/full' '>&-'; do
     eval "\"\$bin/dorvek-batch\" good.csv 2>errors $stream" || status=$?
     check "standard output $stream" '1 dorvek-batch: cannot write' "$status $(sed 's/: [^:]*$//' errors)"
 done
-{ "$bin/dorvek-batch" jobs_1 2>errors || :; } | :
+{ "$bin/dorvek-batch" good.csv 2>errors || :; } | :
 check 'a reader that goes away' '' "$(cat errors)"
 exit "$failed"
