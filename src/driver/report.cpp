@@ -135,7 +135,6 @@ void take_sample_block(std::string_view& text, Report& report, std::size_t s) {
     take_until(text, '\n');
     take_until(text, '\n');
     const std::string_view name = take_line(text);
-    report.snames[s].fill(' ');
     std::ranges::copy(name.substr(0, report.snames[s].size()), report.snames[s].begin());
     take_until(text, '\n');
     std::string_view partial = take_line(text);

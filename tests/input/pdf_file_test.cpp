@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 
+#include "input/inpdf.hpp"
 #include "support/files.hpp"
 
 namespace dorvek::input {
@@ -113,6 +115,25 @@ TEST(ReadPdf, SaysWhyItCannotRead) {
     EXPECT_EQ(reading.status, Status::cannot_read);
     EXPECT_EQ(reading.line, 1);
     EXPECT_EQ(reading.error, EBADF);
+}
+
+TEST(Inpdf, SaysWhatIsLeftOut) {
+    std::string content;
+    for (int bin = 0; bin <= maxbin; ++bin) content += "1 2 3\n";
+    const int fd = support::file_holding(content);
+    FileName fname{};
+    fname.fill(' ');
+    std::ranges::copy("/proc/self/fd/" + std::to_string(fd), fname.begin());
+    const auto set = std::make_unique<PdfSet>();
+    const std::string shown = support::play("1\n", [&](textio::Terminal& terminal) {
+        textio::Input file;
+        inpdf(*set, fname, terminal, file);
+    });
+    ::close(fd);
+    EXPECT_TRUE(
+        shown.ends_with(" only the first  10000 bins of the file are kept\n"
+                        " number of pdfs:   1  number of bins:   10000\n"))
+        << shown;
 }
 
 }  // namespace

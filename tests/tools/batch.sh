@@ -38,6 +38,12 @@ END
 batch good.csv >good
 sed -n 's/^.*,ok,\("[^"]*"\|[^,]*\),[0-9]*,\([12],\)/\2/p' good >rows
 check 'the rows of the dialogue' '' "$(diff expected rows)"
+check 'the headings' "id,T,status,message,bins,$(paste -s -d '' <<'END'
+sample,file,name,pdf,rmin,rmax,CN,dCN,Rmea,dRmea,Rmod,var,dvar,varl,varr,adif,arat,pmo3,dpmo3,skew,dskew,
+pmo4,dpmo4,kurt,dkurt,cum4,dcum4,mean_doff,mean_stud,mean_sgfc,variance_stud,variance_sgfc,
+distribution_doff,distribution_chsq,distribution_sgfc
+END
+)" "$(head -n 1 good)"
 check 'and its messages' 'inconsistent bining: adjusted by linear interpolation
 pause: A or B too big, or ITMAX too small; pause: A or B too big, or ITMAX too small; '"\
 pause without a message; pause: A too large, ITMAX too small; "'the chi-square test has no degrees of freedom' \
