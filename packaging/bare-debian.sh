@@ -1,6 +1,6 @@
 #!/bin/sh
 # bare-debian.sh TREE.tar
-# Installs both packages of build/release on a bare Debian 12 and tries them there as a user without
+# Installs both packages of build/companions on a bare Debian 12 and tries them there as a user without
 # rights. TREE.tar holds the bare system; it is made with debootstrap if it is not there, which
 # takes a minute and the network. Needs root.
 set -eu
@@ -17,7 +17,7 @@ else
 fi
 chmod 755 "$root" # the root directory of all who are inside
 install -m 644 -t "$root/tmp" \
-    packaging/try.sh build/release/dorvek_*.deb build/release/dorvek-*.tar.gz
+    packaging/try.sh build/companions/dorvek_*.deb build/companions/dorvek-*.tar.gz
 
 inside() { env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin chroot "$@"; }
 as_user() { inside --userspec=nobody:nogroup "$root" "$@"; }

@@ -20,7 +20,8 @@ if(CPACK_GENERATOR STREQUAL "DEB")
       "# Linked statically on purpose: it starts faster, and runs on any Linux.\n"
       "dorvek: statically-linked-binary\n")
   endif()
-  execute_process(COMMAND gzip -9n ${doc}/changelog ${share}/man/man1/dorvek.1
+  file(GLOB pages ${share}/man/man1/*.1)
+  execute_process(COMMAND gzip -9n ${doc}/changelog ${pages}
     COMMAND_ERROR_IS_FATAL ANY)
 endif()
 
