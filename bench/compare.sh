@@ -1,12 +1,11 @@
 #!/bin/sh
-# Measures whole processes side by side and prints the tables of bench/README.md: dorvek, a bare
-# loop that reads the same numbers, and the loaders of numpy and pandas. Installs what it needs with
-# apt-get where it is missing, and says so.
+# Measures whole processes side by side and prints the table of bench/README.md: dorvek, and a bare
+# loop that reads the same numbers. Installs what it needs with apt-get where it is missing.
 set -eu
 export LC_ALL=C
 root=$(dirname "$(dirname "$(realpath "$0")")")
 . "$root/packaging/packages.sh"
-build_preset "$root" release valgrind python3 python3-numpy python3-pandas
+build_preset "$root" release valgrind
 
 # In memory where that can be: the disk is not what is compared.
 scratch=$(mktemp -d -p "$([ -d /dev/shm ] && echo /dev/shm || echo /tmp)")
@@ -36,17 +35,12 @@ data() {
     }'
 }
 
-# one FILE PARTIALS RMAX, two FILE FILE WINDOWS: the answers to type.
+# one FILE PARTIALS RMAX, two FILE FILE: the answers to type.
 one() {
     printf '1\n%s\n%s\nsample\n1\n0\n1.4 %s\nn\nn\n' "$1" "$2" "$3"
 }
 two() {
-    printf '2\n%s\n10\nfirst\n%s\n10\nsecond\n' "$1" "$2"
-    for window in $(seq "$3"); do
-        [ "$window" -eq 1 ] || echo y
-        printf '1\n0\n1\n0\n1.4 1.8\n'
-    done
-    printf 'n\nn\n'
+    printf '2\n%s\n10\nfirst\n%s\n10\nsecond\n1\n0\n1\n0\n1.4 1.8\nn\nn\n' "$1" "$2"
 }
 
 # instructions INPUT PROGRAM...
@@ -57,36 +51,17 @@ instructions() {
         awk '/Collected/ { print $4 }'
 }
 
-cat >numpy_load.py <<'END'
-import sys, numpy
-for name in sys.argv[1:]:
-    numpy.loadtxt(name, dtype=numpy.float32)
-END
-cat >pandas_load.py <<'END'
-import sys, pandas
-for name in sys.argv[1:]:
-    pandas.read_csv(name, sep=r"\s+", header=None, dtype="float32")
-END
-
-# row NAME ROUNDS INPUT FILES [loaders]: one line of the first table and, with loaders, of the
-# second. INPUT and FILES hold an @ for each round's number.
+# row NAME ROUNDS INPUT FILES: one line of the table. INPUT and FILES hold an @ for each round's number.
 row() {
-    name=$1 rounds=$2 input=$3 files=$4
-    set -- ${5:+"/dev/null /usr/bin/python3 numpy_load.py $files" \
-        "/dev/null /usr/bin/python3 pandas_load.py $files"}
-    ./side_by_side "$rounds" "$input $dorvek" "/dev/null $limit $files" "$@" >measured
+    ./side_by_side "$2" "$3 $dorvek" "/dev/null $limit $4" >measured
     # shellcheck disable=SC2046 # a list of files
-    awk -v name="$name" \
-        -v dorvek="$(instructions "$(echo "$input" | sed 's/@/1/')" "$dorvek")" \
-        -v limit="$(instructions /dev/null "$limit" $(echo "$files" | sed 's/@/1/'))" '
+    awk -v name="$1" -v dorvek="$(instructions "$(echo "$3" | sed 's/@/1/')" "$dorvek")" \
+        -v limit="$(instructions /dev/null "$limit" $(echo "$4" | sed 's/@/1/'))" '
         { ms[NR] = $1 / 1000; faults[NR] = $2; kb[NR] = $3 }
         END {
             printf "| %s | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %d | %d | %d | %d |\n", name,
                 dorvek / 1e6, limit / 1e6, dorvek / limit, ms[1], ms[2], ms[1] / ms[2],
                 faults[1], faults[2], kb[1], kb[2]
-            if (NR > 2)
-                printf "| %s | %.1f | %.0f | %.1f | %.0f | %.1f |\n", name,
-                    ms[1], ms[3], ms[3] / ms[1], ms[4], ms[4] / ms[1] >>"loaders"
         }' measured
 }
 
@@ -99,10 +74,9 @@ data 10000 1 0.002 '%12.6f' 0.01 >narrow
 data 400 3 0.02 '%12.6f' 0.01 >small1
 for n in $(seq 2 2000); do cp small1 "small$n"; done
 for n in $(seq 2000); do one "small$n" 3 2.1 >"small$n.typed"; done
-two f1 f2 1 >f.typed
-two e1 e2 1 >e.typed
-two f1 f2 11 >windows.typed
-two f1 other_grid 1 >grids.typed
+two f1 f2 >f.typed
+two e1 e2 >e.typed
+two f1 other_grid >grids.typed
 one narrow 1 1.8 >narrow.typed
 
 echo "$(date +%F):$(sed -n 's/^model name.*://p;T;q' /proc/cpuinfo), $(nproc) cores," \
@@ -111,28 +85,8 @@ echo "$(date +%F):$(sed -n 's/^model name.*://p;T;q' /proc/cpuinfo), $(nproc) co
 echo
 echo "| work | Minstr | limit | ratio | ms | limit | ratio | faults | limit | peak KB | limit |"
 echo "|---|---|---|---|---|---|---|---|---|---|---|"
-row "two files, %12.6f" 15 f.typed "f1 f2" loaders
-row "two files, %.6E" 15 e.typed "e1 e2" loaders
+row "two files, %12.6f" 15 f.typed "f1 f2"
+row "two files, %.6E" 15 e.typed "e1 e2"
 row "two files, two grids" 15 grids.typed "f1 other_grid"
 row "one file, 10000 x 1" 101 narrow.typed narrow
 row "one file, 400 x 3, 2000 times" 2000 small@.typed small@
-echo
-echo "| work | dorvek ms | numpy ms | ratio | pandas ms | ratio |"
-echo "|---|---|---|---|---|---|"
-cat loaders
-echo
-before=$(instructions f.typed "$dorvek")
-after=$(instructions windows.typed "$dorvek")
-echo "Each further window: $(((after - before) / 10)) instructions (two samples, report included)."
-echo
-echo "| bins | bytes | instructions | per bin |"
-echo "|---|---|---|---|"
-start=0
-for bins in 0 100 300 1000 3000 10000; do
-    head -n "$bins" f1 >part
-    one part 10 1.8 >part.typed
-    count=$(instructions part.typed "$dorvek")
-    per_bin=
-    [ "$bins" -eq 0 ] && start=$count || per_bin="$(((count - start) / bins)) "
-    echo "| $bins | $(wc -c <part) | $count | $per_bin|"
-done
