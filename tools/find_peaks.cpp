@@ -108,9 +108,9 @@ bool lexical_cast(const std::string& text, Range& range) {
 std::vector<input::Window> find_peaks(std::span<const float> r, std::span<const float> g,
                                       const PeakSearch& search) {
     assert(r.size() == g.size());
-    if (r.size() < 3 || std::ranges::adjacent_find(r, std::greater()) != r.end()) return {};
+    if (std::ranges::adjacent_find(r, std::greater_equal()) != r.end()) return {};
     const std::ptrdiff_t zero = std::ranges::find(g, 0.0f) - g.begin();
-    const std::ptrdiff_t first = g.front() != 0.0f && zero < std::ssize(g) ? zero : 0;
+    const std::ptrdiff_t first = zero < std::ssize(g) ? zero : 0;
     const auto from = std::lower_bound(r.begin() + first, r.end(), search.range.from);
     const auto to = std::upper_bound(from, r.end(), search.range.to);
     if (from == to) return {};

@@ -27,8 +27,8 @@ struct PeakSearch {
 };
 
 // The windows around the peaks of `g` over the ascending grid `r`, of equal lengths, in the order
-// of r. Each has its bins in ilo and ihi, and rmin and rmax as set_limits has them. None if there
-// are fewer than three bins, or r does not ascend.
+// of r. Each has its bins in ilo and ihi, and rmin and rmax as set_limits has them. None if
+// r does not ascend.
 //
 // Up to the first zero of g nothing is looked at if the first bin is not zero: pairs of an atom
 // with itself. A peak is a local maximum of a copy of g, smoothed by a Gaussian filter that is cut
