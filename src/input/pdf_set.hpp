@@ -29,7 +29,7 @@ struct PdfSet {
 // The partials that a set really holds, 0 .. maxpdf: none if the declared number is negative, the
 // first maxpdf of more.
 [[nodiscard]] inline std::size_t held_partials(const PdfSet& set) {
-    return static_cast<std::size_t>(std::clamp(set.npdfs, 0, maxpdf));
+    return static_cast<std::size_t>(std::min(std::max(set.npdfs, 0), maxpdf));
 }
 
 // Does the set hold partial `ipdf`, counted from 1?

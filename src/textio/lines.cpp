@@ -122,21 +122,14 @@ Status read_lines(Input& input, ScanOne scan) {
 }  // namespace
 
 std::string_view message_of(Status status) {
-    switch (status) {
-        case Status::ok:
-            return "";
-        case Status::bad_name:
-            return "Bad file specification";
-        case Status::cannot_open:
-            return "Cannot open file";
-        case Status::cannot_read:
-            return "Cannot read";
-        case Status::illegal_character:
-            return "Illegal character in numeric input";
-        case Status::end_of_input:
-            return "Attempt to read past end of file";
-    }
-    return "";
+    constexpr std::array<std::string_view, 6> messages{// in the order of the statuses
+                                                       "",
+                                                       "Bad file specification",
+                                                       "Cannot open file",
+                                                       "Cannot read",
+                                                       "Illegal character in numeric input",
+                                                       "Attempt to read past end of file"};
+    return messages[static_cast<std::size_t>(status)];
 }
 
 void attach(Input& input, int fd) {

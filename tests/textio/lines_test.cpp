@@ -1,5 +1,6 @@
 #include "textio/lines.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -95,6 +96,8 @@ TEST(ReadValues, SeesNothingOfALongerLineBefore) {
 
 TEST(TakeLine, SaysWhyItCannotRead) {
     Input input;
+    EXPECT_EQ(open_file(input, std::string(5000, 'x'), O_RDONLY), Status::cannot_open);
+    EXPECT_EQ(input.error, ENAMETOOLONG);
     attach(input, ::memfd_create("test", 0));
     ::close(input.fd);
     std::string_view line;
