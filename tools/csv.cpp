@@ -29,6 +29,8 @@ int character_length(std::string_view text) {
     return length;
 }
 
+}  // namespace
+
 std::string valid_utf8(std::string_view text) {
     const auto is_ascii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
     if (std::ranges::all_of(text, is_ascii)) return std::string(text);
@@ -41,6 +43,8 @@ std::string valid_utf8(std::string_view text) {
     }
     return valid;
 }
+
+namespace {
 
 template <typename Number>
 std::optional<Number> number_of(std::string_view cell) {
@@ -56,8 +60,10 @@ std::optional<Number> number_of(std::string_view cell) {
 }  // namespace
 
 TableReader::TableReader(const std::string& name)
-    : name_(name == "-" ? "standard input" : name),
-      file_(name == "-" ? stdin : std::fopen(name.c_str(), "r")) {
+    : TableReader(name == "-" ? stdin : std::fopen(name.c_str(), "r"),
+                  name == "-" ? "standard input" : name) {}
+
+TableReader::TableReader(std::FILE* file, std::string name) : name_(std::move(name)), file_(file) {
     if (file_ == nullptr) throw Failure(name_ + system_reason());
     for (int c = 0; c != '\n' && (c = std::getc(file_)) != EOF;) ahead_ += static_cast<char>(c);
     if (ahead_.starts_with("\xEF\xBB\xBF")) taken_ = 3;

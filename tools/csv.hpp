@@ -20,6 +20,8 @@ class TableReader {
    public:
     // Reads the headings. `name` is that of a file; standard input is called "-".
     explicit TableReader(const std::string& name);
+    // Of an opened file, which is closed at the end; nullptr stands for one that cannot be opened.
+    TableReader(std::FILE* file, std::string name);
     TableReader(const TableReader&) = delete;
     TableReader& operator=(const TableReader&) = delete;
     ~TableReader();
@@ -51,9 +53,12 @@ class TableReader {
 [[nodiscard]] std::optional<float> real_of(std::string_view cell);
 [[nodiscard]] std::optional<std::int32_t> whole_of(std::string_view cell);
 
-// Adds one row to `table`, quoted where needed, as valid UTF-8 whatever the cells hold: a cell cut
-// in the middle of a character loses it, other bytes become U+FFFD. Between tabs a cell cannot hold
-// one; there, tabs and line feeds become blanks.
+// Adds one row to `table`, quoted where needed, as valid UTF-8 whatever the cells hold. Between
+// tabs a cell cannot hold one; there, tabs and line feeds become blanks.
 void append_row(std::string& table, const Row& row, char separator = ',');
+
+// The text without what is not UTF-8: a character that the end cuts is left out, other bytes become
+// U+FFFD.
+[[nodiscard]] std::string valid_utf8(std::string_view text);
 
 }  // namespace dorvek::tools

@@ -12,19 +12,7 @@
 namespace dorvek::tools {
 namespace {
 
-// The whole content of a file; nothing if it cannot be read, and errno says why.
-std::optional<std::string> content_of(const std::string& name) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "r"),
-                                                               std::fclose);
-    if (file == nullptr) return {};
-    std::string content;
-    std::string block(1 << 16, '\0');
-    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get())) {
-        content.append(block, 0, count);
-    }
-    if (std::ferror(file.get()) != 0) return {};
-    return content;
-}
+constexpr std::string_view first_line = "analysis of rmc pdfs\n";
 
 bool take(std::string_view& text, std::string_view part) {
     if (!text.starts_with(part)) return false;
@@ -53,11 +41,37 @@ void skip_damaged(std::string_view& text) {
 
 }  // namespace
 
+std::optional<std::string> content_of(const std::string& name) {
+    const auto close = [](std::FILE* file) {
+        if (file != stdin) std::fclose(file);
+    };
+    const std::unique_ptr<std::FILE, void (*)(std::FILE*)> file(
+        name == "-" ? stdin : std::fopen(name.c_str(), "r"), close);
+    std::string content;
+    std::string block(1 << 16, '\0');
+    while (file != nullptr) {
+        const std::size_t count = std::fread(block.data(), 1, block.size(), file.get());
+        if (count == 0 && std::ferror(file.get()) == 0) return content;
+        if (count == 0) break;
+        content.append(block, 0, count);
+    }
+    complain(name + ": cannot be read" + system_reason());
+    return {};
+}
+
+bool is_results_file(std::string_view content) {
+    return content.starts_with(first_line);
+}
+
 void for_each_report(const std::string& name, const std::function<void(const FiledReport&)>& use) {
-    const std::optional<std::string> content = content_of(name);
-    if (!content) return complain(name + ": cannot be read" + system_reason());
-    std::string_view text = *content;
-    if (!take(text, "analysis of rmc pdfs\n \n")) {
+    if (const std::optional<std::string> content = content_of(name)) {
+        for_each_report_of(*content, name, use);
+    }
+}
+
+void for_each_report_of(std::string_view text, const std::string& name,
+                        const std::function<void(const FiledReport&)>& use) {
+    if (!take(text, first_line) || !take(text, " \n")) {
         return complain(name + ": no results file of dorvek");
     }
     FiledReport filed;

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "driver/report.hpp"
@@ -20,5 +22,16 @@ struct FiledReport {
 // Calls use(report) for each whole report of the file, in order. Complains of a file that cannot be
 // read, that is no results file, that is damaged or cut short, or that holds no report.
 void for_each_report(const std::string& name, const std::function<void(const FiledReport&)>& use);
+
+// The same for the content of a file that has been read.
+void for_each_report_of(std::string_view text, const std::string& name,
+                        const std::function<void(const FiledReport&)>& use);
+
+// The whole content of a file, or of standard input, called "-"; nothing, and a complaint, if it
+// cannot be read.
+[[nodiscard]] std::optional<std::string> content_of(const std::string& name);
+
+// Does this content begin as that of a results file?
+[[nodiscard]] bool is_results_file(std::string_view content);
 
 }  // namespace dorvek::tools
