@@ -357,10 +357,11 @@ int main(int argc, char** argv) {
     std::string table = "-";
     std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
     app.add_option("TABLE", table,
-                   "columns file, partial, rmin and rmax; if wanted, partials,\n"
-                   "id, name, constraints and, for a second sample, file2,\n"
-                   "partial2, partials2, name2, constraints2; any other is\n"
-                   "passed through. Standard input if not named, or -");
+                   "columns file, partial, rmin and rmax; if wanted,\n"
+                   "partials, id, name, constraints and, for a second\n"
+                   "sample, file2, partial2, partials2, name2,\n"
+                   "constraints2; any other is passed through. Standard\n"
+                   "input if not named, or -");
     app.add_option("-j", jobs, "rows at a time (all cores)")->check(CLI::PositiveNumber);
     return run(app, argc, argv, [&] { run_table(table, jobs); });
 }
