@@ -257,7 +257,7 @@ View view_of(const Call& call, const Picture& picture, const std::vector<Curve>&
     bool holds_any = false;
     double lowest = 0;
     double lowest_positive = HUGE_VAL;
-    double highest = -HUGE_VAL;
+    double highest = 0;
     for (const Curve& curve : curves) {
         for (std::size_t i = 0; i < curve.r.size(); ++i) {
             if (curve.r[i] < view.left || curve.r[i] > view.right) continue;
@@ -295,11 +295,15 @@ bool is_marked(const Sample& sample) {
            sample.var >= 0;
 }
 
-// g of the curve at r; NaN if r is beyond it.
-double interpolated(const Curve& curve, float r) {
+// g of the curve at the mode of a report, which has a bin on either side.
+double height_of(const Sample& sample, const Curve& curve) {
+    const float r = sample.Rmod;
     const auto i = static_cast<std::size_t>(std::ranges::lower_bound(curve.r, r) - curve.r.begin());
     if (i < curve.r.size() && curve.r[i] == r) return curve.g[i];
-    if (i == 0 || i == curve.r.size()) return NAN;
+    if (i == 0 || i == curve.r.size()) {
+        throw Failure(sample.file.string() + ": not the data of the report, whose mode is " +
+                      text_of(r));
+    }
     const double part = (static_cast<double>(r) - curve.r[i - 1]) /
                         (static_cast<double>(curve.r[i]) - curve.r[i - 1]);
     return curve.g[i - 1] + part * (static_cast<double>(curve.g[i]) - curve.g[i - 1]);
@@ -322,7 +326,7 @@ void write_data(std::ostream& script, const View& view, const Sample& sample, co
            << sample.Rmea << ' ' << level(view, 1 + 0.09 * sample.number) << ' '
            << std::sqrt(sample.var) << "\nEND\n"
            << "$mode" << sample.number << " << END\n"
-           << sample.Rmod << ' ' << shown(view, interpolated(curve, sample.Rmod)) << "\nEND\n";
+           << sample.Rmod << ' ' << shown(view, height_of(sample, curve)) << "\nEND\n";
 }
 
 // The standard deviation, to four digits; the report has its square.
