@@ -270,11 +270,18 @@ View view_of(const Call& call, const Picture& picture, const std::vector<Curve>&
     const std::string where = picture.samples[0].file.string() + ", r from " +
                               shortest(static_cast<float>(view.left)) + " to " +
                               shortest(static_cast<float>(view.right));
-    if (!holds_any || !(view.left < view.right)) throw Failure(where + ": there are no bins");
-    if (call.log && !(highest > 0)) throw Failure(where + ": g has no logarithm");
-    view.bottom =
-        call.log ? std::pow(10, std::floor(std::log10(std::max(lowest_positive, 1e-6 * highest))))
-                 : lowest;
+    if (!holds_any) throw Failure(where + ": there are no bins");
+    // gnuplot would refuse what has no width in the digits that it gets, and the smallest numbers.
+    if (view.right - view.left <= 2e-6 * std::max(std::abs(view.left), std::abs(view.right))) {
+        throw Failure(where + ": too narrow");
+    }
+    if (call.log && highest < std::numeric_limits<float>::min()) {
+        throw Failure(where + ": g has no logarithm");
+    }
+    // Of a logarithm, the power of ten below the smallest value, or below a millionth of the
+    // largest.
+    const double smallest = std::max(lowest_positive, 1e-6 * highest);
+    view.bottom = call.log ? std::pow(10, std::ceil(std::log10(smallest / 2)) - 1) : lowest;
     view.top = highest > view.bottom ? highest : view.bottom + 1;
     return view;
 }
