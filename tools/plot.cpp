@@ -257,7 +257,7 @@ View view_of(const Call& call, const Picture& picture, const std::vector<Curve>&
     bool holds_any = false;
     double lowest = 0;
     double lowest_positive = HUGE_VAL;
-    double highest = -HUGE_VAL;
+    double highest = 0;
     for (const Curve& curve : curves) {
         for (std::size_t i = 0; i < curve.r.size(); ++i) {
             if (curve.r[i] < view.left || curve.r[i] > view.right) continue;
@@ -270,11 +270,18 @@ View view_of(const Call& call, const Picture& picture, const std::vector<Curve>&
     const std::string where = picture.samples[0].file.string() + ", r from " +
                               shortest(static_cast<float>(view.left)) + " to " +
                               shortest(static_cast<float>(view.right));
-    if (!holds_any || !(view.left < view.right)) throw Failure(where + ": there are no bins");
-    if (call.log && !(highest > 0)) throw Failure(where + ": g has no logarithm");
-    view.bottom =
-        call.log ? std::pow(10, std::floor(std::log10(std::max(lowest_positive, 1e-6 * highest))))
-                 : lowest;
+    if (!holds_any) throw Failure(where + ": there are no bins");
+    // gnuplot would refuse what has no width in the digits that it gets, and the smallest numbers.
+    if (view.right - view.left <= 2e-6 * std::max(std::abs(view.left), std::abs(view.right))) {
+        throw Failure(where + ": too narrow");
+    }
+    if (call.log && highest < std::numeric_limits<float>::min()) {
+        throw Failure(where + ": g has no logarithm");
+    }
+    // Of a logarithm, the power of ten below the smallest value, or below a millionth of the
+    // largest.
+    const double smallest = std::max(lowest_positive, 1e-6 * highest);
+    view.bottom = call.log ? std::pow(10, std::ceil(std::log10(smallest / 2)) - 1) : lowest;
     view.top = highest > view.bottom ? highest : view.bottom + 1;
     return view;
 }
@@ -295,11 +302,15 @@ bool is_marked(const Sample& sample) {
            sample.var >= 0;
 }
 
-// g of the curve at r; NaN if r is beyond it.
-double interpolated(const Curve& curve, float r) {
+// g of the curve at the mode of a report, which has a bin on either side.
+double height_of(const Sample& sample, const Curve& curve) {
+    const float r = sample.Rmod;
     const auto i = static_cast<std::size_t>(std::ranges::lower_bound(curve.r, r) - curve.r.begin());
     if (i < curve.r.size() && curve.r[i] == r) return curve.g[i];
-    if (i == 0 || i == curve.r.size()) return NAN;
+    if (i == 0 || i == curve.r.size()) {
+        throw Failure(sample.file.string() + ": not the data of the report, whose mode is " +
+                      text_of(r));
+    }
     const double part = (static_cast<double>(r) - curve.r[i - 1]) /
                         (static_cast<double>(curve.r[i]) - curve.r[i - 1]);
     return curve.g[i - 1] + part * (static_cast<double>(curve.g[i]) - curve.g[i - 1]);
@@ -322,7 +333,7 @@ void write_data(std::ostream& script, const View& view, const Sample& sample, co
            << sample.Rmea << ' ' << level(view, 1 + 0.09 * sample.number) << ' '
            << std::sqrt(sample.var) << "\nEND\n"
            << "$mode" << sample.number << " << END\n"
-           << sample.Rmod << ' ' << shown(view, interpolated(curve, sample.Rmod)) << "\nEND\n";
+           << sample.Rmod << ' ' << shown(view, height_of(sample, curve)) << "\nEND\n";
 }
 
 // The standard deviation, to four digits; the report has its square.

@@ -77,8 +77,10 @@ void for_each_report_of(std::string_view text, const std::string& name,
     FiledReport filed;
     for (std::string file; take_file_name(text, file);) filed.files.push_back(file);
     filed.report.nsamp = static_cast<std::int32_t>(filed.files.size());
-    if (filed.files.size() > input::maxsamp) return complain(name + ": is damaged");
     if (text.empty()) return complain(name + ": no report");
+    if (filed.files.empty() || filed.files.size() > input::maxsamp) {
+        return complain(name + ": is damaged");
+    }
     while (!text.empty()) {
         ++filed.number;
         if (take_report(text, filed.report)) {

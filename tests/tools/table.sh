@@ -30,9 +30,10 @@ head -c -100 three/dorvek.res >cut.res
 sed '16s/Rmea/Rmae/' three/dorvek.res >label.res
 sed '/^ CN=/s/4\./4,/' three/dorvek.res >number.res
 head -n 6 three/dorvek.res >none.res
+head -n 2 three/dorvek.res >begun.res && echo 'file: ' >>begun.res
 echo text >text.res
 : >empty.res
-table cut.res label.res number.res none.res text.res empty.res gone.res . three/dorvek.res
+table cut.res label.res number.res none.res begun.res text.res empty.res gone.res . three/dorvek.res
 check 'rows in spite of damage' "1 results,report cut.res,1 cut.res,2 label.res,2 label.res,3 number.res,2 number.res,3 \
 three/dorvek.res,1 three/dorvek.res,2 three/dorvek.res,3" \
     "$status $(cut -d , -f 1,2 out | uniq | paste -s -d ' ')"
@@ -40,6 +41,7 @@ check 'what is wrong' 'cut.res: report 3 is cut short or damaged
 label.res: report 1 is cut short or damaged
 number.res: report 1 is cut short or damaged
 none.res: no report
+begun.res: is damaged
 text.res: no results file of dorvek
 empty.res: no results file of dorvek
 gone.res: cannot be read: No such file or directory
