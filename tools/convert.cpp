@@ -121,6 +121,7 @@ bool take_line(Lines& lines, std::string_view& line) {
         lines.unterminated = true;
     } else {
         require(status, lines);
+        line.remove_suffix(1);
     }
     if (input.line_number == 1 && line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
     return true;

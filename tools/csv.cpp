@@ -53,7 +53,8 @@ std::optional<Number> number_of(std::string_view cell) {
     if (token.empty() || token.find_first_of(" ,/*") != std::string_view::npos) return {};
     Number number{};
     textio::ScanState state;
-    if (scan_line(token, state, std::span(&number, 1)) != textio::Scan::complete) return {};
+    const std::string line = std::string(token) + '\n';
+    if (scan_line(line, state, std::span(&number, 1)) != textio::Scan::complete) return {};
     return number;
 }
 

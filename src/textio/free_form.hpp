@@ -21,7 +21,7 @@ struct ScanState {
     bool separator_due = false;  // the last thing taken was a value: a comma now only ends it
 };
 
-// Takes values from `line` for targets[state.filled ..] and then `surplus` values more, which are
+// Takes values from `line`, which ends in a line feed, for targets[state.filled ..] and then `surplus` values more, which are
 // read and dropped. Tokens stand apart by blanks, or by one comma with any blanks around it.
 //   ,,     a null value: its target keeps the value that it had
 //   /      ends the read; the targets left keep their values. It may touch a token: "1.5/"
@@ -31,8 +31,8 @@ struct ScanState {
 //
 // An integer is an optional sign and digits, within 32 bits. A real is an optional sign, digits
 // with at most one decimal point, and an optional exponent: E, D or Q in either case, or a sign
-// alone ("1.5-3"), then an optionally signed integer. It becomes the nearest float, ties to even,
-// never by way of a double; beyond the range of a float it becomes infinity or zero.
+// alone ("1.5-3"), then an optionally signed integer. It becomes the float nearest to its exact
+// value, ties to even; beyond the range of a float it becomes infinity or zero.
 [[nodiscard]] Scan scan_line(std::string_view line, ScanState& state, std::span<float> targets,
                              std::size_t surplus = 0);
 [[nodiscard]] Scan scan_line(std::string_view line, ScanState& state,

@@ -167,9 +167,9 @@ Status take_line(Input& input, std::string_view& line) {
                                      : std::memchr(start + searched, '\n', available - searched);
         if (feed != nullptr) {
             const auto length = static_cast<std::size_t>(static_cast<const char*>(feed) - start);
-            line = {start, length};
+            line = {start, length + 1};
             input.previous = input.begin;
-            input.begin += length + 1;
+            input.begin += line.size();
             const bool rewrite =
                 input.has_controls && (contains(line, '\t') || contains(line, '\r'));
             if (rewrite && drop_controls(input, line) != Status::ok) return Status::cannot_read;

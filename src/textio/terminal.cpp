@@ -32,7 +32,8 @@ void read_reals(Terminal& terminal, std::span<float> values) {
 }
 
 void read_text(Terminal& terminal, std::span<char> field) {
-    const std::string_view line = next_line(terminal, "read");
+    std::string_view line = next_line(terminal, "read");
+    line.remove_suffix(1);  // the line feed
     std::ranges::fill(field, ' ');
     std::ranges::copy(line.substr(0, field.size()), field.begin());
 }

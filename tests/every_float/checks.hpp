@@ -135,6 +135,7 @@ inline std::string misread(std::uint32_t bits, std::uint64_t turn) {
     --digits[last];
     digits.replace(last + 1, 10, "9999999999");
     add(between, bits | sign);
+    line += '\n';
 
     std::array<float, expected.size()> got{};
     textio::ScanState state;

@@ -32,7 +32,8 @@ Read<Number> read(std::string_view text, std::size_t count, std::size_t surplus 
     ScanState state;
     while (read.result == Scan::wants_more && !text.empty()) {
         const std::string_view rest = take_until(text, "\n");
-        const std::vector<char> line(rest.begin(), rest.end());
+        std::vector<char> line(rest.begin(), rest.end());
+        line.push_back('\n');
         const std::size_t before = state.filled;
         if constexpr (std::is_same_v<Number, float>) {
             read.result = scan_line({line.data(), line.size()}, state, read.values, surplus);

@@ -21,9 +21,9 @@ Scan read_three(std::string_view lines, std::array<Number, 3>& targets) {
     targets.fill(kept);
     Scan scan = Scan::wants_more;
     while (scan == Scan::wants_more && !lines.empty()) {
-        const std::size_t feed = lines.find('\n');
-        scan = scan_line(lines.substr(0, feed), state, std::span<Number>(targets));
-        lines.remove_prefix(feed == std::string_view::npos ? lines.size() : feed + 1);
+        const std::size_t end = lines.find('\n') + 1;
+        scan = scan_line(lines.substr(0, end), state, std::span<Number>(targets));
+        lines.remove_prefix(end);
     }
     return scan;
 }
@@ -52,7 +52,7 @@ TEST(ScanLine, ReadsTheTable) {
     support::for_each_row("textio/free_form.txt", [](std::istringstream& row) {
         std::string kind;
         row >> kind;
-        std::string text = support::quoted(row);
+        std::string text = support::quoted(row) + "\\n";
         for (std::size_t at = 0; (at = text.find('\\')) != std::string::npos;) {
             text.replace(at, 2, text[at + 1] == 'n' ? "\n" : "\t");
         }
@@ -65,7 +65,7 @@ TEST(ScanLine, LosesNoDigitOfALongReal) {
     const std::string zeros(400, '0');
     const std::string point = "16777217." + zeros;
     std::array<float, 3> targets{};
-    EXPECT_EQ(read_three(point + "-0 " + point + "10-0 " + zeros + "1" + zeros + "-400", targets),
+    EXPECT_EQ(read_three(point + "-0 " + point + "10-0 " + zeros + "1" + zeros + "-400\n", targets),
               Scan::complete);
     EXPECT_EQ(targets, (std::array{16777216.0f, 16777218.0f, 1.0f}));
 }

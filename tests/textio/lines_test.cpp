@@ -15,13 +15,16 @@
 namespace dorvek::textio {
 namespace {
 
-// All lines of a file, and how the last read ended.
+// All lines of a file, each without its line feed, and how the last read ended.
 std::vector<std::string> lines_of(std::string_view content, Status& end) {
     Input input;
     attach(input, support::file_holding(content));
     std::vector<std::string> lines;
     std::string_view line;
-    while ((end = take_line(input, line)) == Status::ok) lines.emplace_back(line);
+    while ((end = take_line(input, line)) == Status::ok) {
+        EXPECT_TRUE(line.ends_with('\n'));
+        lines.emplace_back(line.substr(0, line.size() - 1));
+    }
     EXPECT_EQ(input.line_number, static_cast<std::int64_t>(lines.size()));
     ::close(input.fd);
     return lines;

@@ -6,6 +6,9 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <random>
+#include <string>
 
 #include "every_float/checks.hpp"
 
@@ -57,6 +60,33 @@ TEST(RealSweep, WritesTiesUp) {
         const auto to = static_cast<std::uint32_t>(std::ceil(limit / unit));
         for (std::uint32_t odd = from | 1U; odd < to; odd += 2 * (to / 40000 | 1U)) {
             ASSERT_EQ(checks::miswritten(bits_of(odd * unit)), "") << odd << " * " << unit;
+        }
+    }
+}
+
+// Decimals of 1 to 20 digits at 10^-45 to 10^45, as near as they come to a point midway between two
+// floats. What is right comes from strtof, which calculates exactly.
+TEST(RealSweep, ReadsDecimalsNextToTies) {
+    std::mt19937_64 random;
+    for (int decade = -45; decade <= 45; ++decade) {
+        for (int turn = 0; turn < 20 * 12; ++turn) {
+            const double near =
+                std::pow(10, decade) * (1 + 0x9p-64 * static_cast<double>(random()));
+            const auto tie = std::bit_cast<std::uint64_t>(near) >> 29U << 29U | 1U << 28U;
+            checks::Decimal decimal = checks::decimal(std::bit_cast<double>(tie), turn % 20);
+            const int last = decimal.digits.back();
+            for (const int digit :
+                 {last, last == '0' ? '1' : last - 1, last == '9' ? '8' : last + 1}) {
+                decimal.digits.back() = static_cast<char>(digit);
+                std::string line;
+                checks::spell(line, decimal, "Ee."[turn % 3]);
+                line += '\n';
+                float got = 0;
+                textio::ScanState state;
+                ASSERT_EQ(textio::scan_line(line, state, {&got, 1}), textio::Scan::complete)
+                    << line;
+                ASSERT_EQ(got, std::strtof(line.c_str(), nullptr)) << line;
+            }
         }
     }
 }
