@@ -5,13 +5,16 @@ set -eu
 export LC_ALL=C
 root=$(dirname "$(dirname "$(realpath "$0")")")
 . "$root/packaging/packages.sh"
-build_preset "$root" release valgrind
+build_preset "$root" release valgrind python3-pandas
+# shellcheck disable=SC2086 # a list of words
+build_preset "$root" companions $companions_need
 
 # In memory where that can be: the disk is not what is compared.
 scratch=$(mktemp -d -p "$([ -d /dev/shm ] && echo /dev/shm || echo /tmp)")
 trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"
 dorvek=$root/build/release/dorvek
+batch=$root/build/companions/dorvek-batch
 limit=$scratch/limit
 for program in limit side_by_side; do # as the release is built
     g++ -std=c++20 -O3 -DNDEBUG -static -o "$program" "$root/bench/$program.cpp"
@@ -35,58 +38,60 @@ data() {
     }'
 }
 
-# one FILE PARTIALS RMAX, two FILE FILE: the answers to type.
-one() {
-    printf '1\n%s\n%s\nsample\n1\n0\n1.4 %s\nn\nn\n' "$1" "$2" "$3"
+# timed NAME ROUNDS COMMAND LIMIT: one line of the table; side_by_side.cpp says what a command is.
+# counted NAME ROUNDS COMMAND LIMIT: the same with instructions.
+timed() {
+    echo "| $1 | ${5-| |} | $(./side_by_side "$2" "$3" "$4") |"
 }
-two() {
-    printf '2\n%s\n10\nfirst\n%s\n10\nsecond\n1\n0\n1\n0\n1.4 1.8\nn\nn\n' "$1" "$2"
-}
-
-# instructions INPUT PROGRAM...
-instructions() {
-    input=$1
-    shift
-    valgrind --tool=callgrind --callgrind-out-file=/dev/null "$@" 2>&1 >/dev/null <"$input" |
-        awk '/Collected/ { print $4 }'
-}
-
-# row NAME ROUNDS INPUT FILES: one line of the table. INPUT and FILES hold an @ for each round's number.
-row() {
-    ./side_by_side "$2" "$3 $dorvek" "/dev/null $limit $4" >measured
-    # shellcheck disable=SC2046 # a list of files
-    awk -v name="$1" -v dorvek="$(instructions "$(echo "$3" | sed 's/@/1/')" "$dorvek")" \
-        -v limit="$(instructions /dev/null "$limit" $(echo "$4" | sed 's/@/1/'))" '
-        { ms[NR] = $1 / 1000; faults[NR] = $2; kb[NR] = $3 }
-        END {
-            printf "| %s | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %d | %d | %d | %d |\n", name,
-                dorvek / 1e6, limit / 1e6, dorvek / limit, ms[1], ms[2], ms[1] / ms[2],
-                faults[1], faults[2], kb[1], kb[2]
-        }' measured
+counted() {
+    timed "$@" "$(for command in "$3" "$4"; do
+        echo "$command" | sed 's/@/1/' | {
+            read -r input program
+            # shellcheck disable=SC2086 # a list of words
+            valgrind --tool=callgrind --callgrind-out-file=/dev/null $program <"$input" 2>&1
+        }
+    done | awk '/Collected/ { n[++i] = $4 / 1e6 } END { printf "%.2f | %.2f | %.2f", n[1], n[2], n[1] / n[2] }')"
 }
 
 for n in 1 2; do
     data 10000 10 0.002 '%12.6f' "0.0$n" >"f$n"
     data 10000 10 0.002 ' %.6E' "0.0$n" >"e$n"
 done
-data 10000 10 0.0021 '%12.6f' 0.01 >other_grid
-data 10000 1 0.002 '%12.6f' 0.01 >narrow
+for form in f e; do
+    printf '%s\n' 2 ${form}1 10 first ${form}2 10 second 1 0 1 0 '1.4 1.8' n n >$form.typed
+done
 data 400 3 0.02 '%12.6f' 0.01 >small1
 for n in $(seq 2 2000); do cp small1 "small$n"; done
-for n in $(seq 2000); do one "small$n" 3 2.1 >"small$n.typed"; done
-two f1 f2 >f.typed
-two e1 e2 >e.typed
-two f1 other_grid >grids.typed
-one narrow 1 1.8 >narrow.typed
+printf '%s\n' 1 small1 3 sample 1 0 '1.4 2.1' n n >small.typed
+yes "$dorvek <small.typed" | head -n 2000 >one_by_one
+for rows in 1000 2000 10000 100000; do
+    awk -v rows=$rows 'BEGIN {
+        print "file,partial,partials,rmin,rmax"
+        for (i = 0; i < rows; i++) print "small" i % 2000 + 1 ",1,3,1.4,2.1"
+    }' >$rows.csv
+done
+small="$(seq -f small%g -s ' ' 2000)"
 
 echo "$(date +%F):$(sed -n 's/^model name.*://p;T;q' /proc/cpuinfo), $(nproc) cores," \
     "Debian $(cat /etc/debian_version), g++ $(g++ -dumpfullversion)," \
     "load average $(cut -d ' ' -f 1 /proc/loadavg)"
 echo
-echo "| work | Minstr | limit | ratio | ms | limit | ratio | faults | limit | peak KB | limit |"
-echo "|---|---|---|---|---|---|---|---|---|---|---|"
-row "two files, %12.6f" 15 f.typed "f1 f2"
-row "two files, %.6E" 15 e.typed "e1 e2"
-row "two files, two grids" 15 grids.typed "f1 other_grid"
-row "one file, 10000 x 1" 101 narrow.typed narrow
-row "one file, 400 x 3, 2000 times" 2000 small@.typed small@
+echo "| work | Minstr | limit | ratio | ms | limit | ratio | peak KB | limit |"
+echo "|---|---|---|---|---|---|---|---|---|"
+counted "two files, %12.6f" 31 "f.typed $dorvek" "/dev/null $limit 1 f1 f2"
+counted "two files, %.6E" 31 "e.typed $dorvek" "/dev/null $limit 1 e1 e2"
+counted "one file, 400 x 3, 2000 times" 2000 "small.typed $dorvek" "/dev/null $limit 1 small@"
+counted "2000 such files, one core" 9 "/dev/null $batch -j 1 2000.csv" "/dev/null $limit 1 $small"
+timed "2000 such files, all cores" 9 "/dev/null $batch 2000.csv" "/dev/null $limit 1 $small"
+timed "2000 such files, one dorvek each" 3 "one_by_one /bin/sh" "/dev/null $limit 1 $small"
+timed "1000 such files, all cores" 9 "/dev/null $batch 1000.csv" "/dev/null $limit 1 ${small% small1001 *}"
+timed "10000 such files, all cores" 5 "/dev/null $batch 10000.csv" "/dev/null $limit 5 $small"
+timed "100000 such files, all cores" 3 "/dev/null $batch 100000.csv" "/dev/null $limit 50 $small"
+# Reading alone, not the start of the interpreter.
+/usr/bin/python3 - <<'END'
+import time, numpy, pandas
+for name, read in ("numpy.loadtxt", numpy.loadtxt), ("pandas.read_csv", lambda f: pandas.read_csv(f, sep=r"\s+", header=None)):
+    start = time.perf_counter()
+    for f in "f1", "f2": read(f)
+    print(f"| two files, %12.6f, {name} | | | | {1000 * (time.perf_counter() - start):.0f} | | | | |")
+END

@@ -1,6 +1,6 @@
-// side_by_side ROUNDS COMMAND...: runs whole processes by turns and prints one line for each
-// command: the median wall time in microseconds, the median of minor page faults, and the largest
-// peak memory in kilobytes.
+// side_by_side ROUNDS COMMAND LIMIT: runs two whole processes by turns and prints the median wall
+// time of either in milliseconds, the ratio of these times, and the largest peak memory of either
+// in kilobytes, as cells of a table.
 //
 // A command is "INPUT PROGRAM ARGUMENT...", words apart by blanks; the process reads INPUT and
 // writes to /dev/null. An @ in a word stands for the number of the round, from 1.
@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -21,8 +22,7 @@
 namespace {
 
 struct Measured {
-    std::vector<double> microseconds;
-    std::vector<double> faults;
+    std::vector<double> milliseconds;
     long kilobytes = 0;
 };
 
@@ -64,9 +64,8 @@ void measure(const std::vector<std::string>& words, Measured& measured) {
         std::fprintf(stderr, "side_by_side: %s failed\n", words[1].c_str());
         std::exit(1);
     }
-    const std::chrono::duration<double, std::micro> elapsed = steady_clock::now() - start;
-    measured.microseconds.push_back(elapsed.count());
-    measured.faults.push_back(static_cast<double>(usage.ru_minflt));
+    const std::chrono::duration<double, std::milli> elapsed = steady_clock::now() - start;
+    measured.milliseconds.push_back(elapsed.count());
     measured.kilobytes = std::max(measured.kilobytes, usage.ru_maxrss);
 }
 
@@ -80,18 +79,18 @@ double median(std::vector<double>& values) {
 
 int main(int argc, char** argv) {
     const int rounds = argc > 2 ? std::atoi(argv[1]) : 0;
-    if (rounds < 1) {
-        std::fputs("usage: side_by_side ROUNDS COMMAND...\n", stderr);
+    if (rounds < 1 || argc != 4) {
+        std::fputs("usage: side_by_side ROUNDS COMMAND LIMIT\n", stderr);
         return 2;
     }
-    const std::vector<std::string> commands(argv + 2, argv + argc);
-    std::vector<Measured> measured(commands.size());
+    std::array<Measured, 2> measured;
     for (int round = 1; round <= rounds; ++round) {
-        for (std::size_t i = 0; i < commands.size(); ++i) {
-            measure(words_of(commands[i], round), measured[i]);
+        for (std::size_t i = 0; i < measured.size(); ++i) {
+            measure(words_of(argv[i + 2], round), measured[i]);
         }
     }
-    for (Measured& m : measured) {
-        std::printf("%.0f %.0f %ld\n", median(m.microseconds), median(m.faults), m.kilobytes);
-    }
+    const double ms = median(measured[0].milliseconds);
+    const double limit = median(measured[1].milliseconds);
+    std::printf("%.2f | %.2f | %.2f | %ld | %ld", ms, limit, ms / limit, measured[0].kilobytes,
+                measured[1].kilobytes);
 }

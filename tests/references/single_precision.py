@@ -46,11 +46,9 @@ def errana(weights, values, centre, square=lambda d, w: d * (d * w)):
 def peak(r, g, cn):
     """The fields of a peak: the value, then what other orders of operations give."""
     fields = {}
-    def put(name, *values):
-        fields[name] = values
+    def put(name, *values): fields[name] = values
     left = lambda d, w: d * d * w
-    dr = r[1] - r[0]
-    CN = cn[-1] - cn[0]
+    dr, CN = r[1] - r[0], cn[-1] - cn[0]
     A = added(x * x * dr * w for x, w in zip(r, g))
     values = [dr * w * x * x for x, w in zip(r, g)]
     put("CN", CN)
@@ -70,12 +68,9 @@ def peak(r, g, cn):
     put("var", var, added(x * x * w for x, w in zip(d, g)) / W, added(reversed(terms)) / W)
     varl = added(t for t, x in zip(terms, r) if mean >= x) / W
     varr = added(t for t, x in zip(terms, r) if x >= mean) / W
-    put("varl", varl)
-    put("varr", varr)
-    put("adif", varr - varl)
-    put("arat", varr / varl)
     sdev = var.root()
-    put("sdev", sdev)
+    fields |= {"varl": (varl,), "varr": (varr,), "adif": (varr - varl,), "arat": (varr / varl,),
+               "sdev": (sdev,)}
     dvar = errana(g, [x * x for x in d], var)
     put("dvar", dvar, errana(g, [x * x for x in d], var, left))
     pmo3 = added(x * (x * (x * w)) for x, w in zip(d, g)) / W
@@ -151,29 +146,17 @@ def exactly(values):
     return " ".join(f"{value:.17g} 0" for value in values)
 
 
-def random_peak():
-    return ([typed(1.5 + 0.1 * i, 1.53 + 0.1 * i) for i in range(7)],
-            [typed(0.1, 9) for _ in range(7)], [typed(i, i + 0.9) for i in range(7)])
-
-
-def random_samples():
-    return (random.randint(5, 50), random.randint(5, 50), *(typed(0.1, 2) for _ in range(4)))
-
-
-def random_bins():
-    return [[typed(1, 9) for _ in range(5)] for _ in range(2)]
-
-
-def random_points():
-    return typed(1, 1.5), typed(2, 3), typed(1, 9), typed(1, 9), typed(1.5, 2)
-
-
-for (r, g, cn), fields in telling(random_peak, peak):
+for (r, g, cn), fields in telling(lambda: (
+        [typed(1.5 + 0.1 * i, 1.53 + 0.1 * i) for i in range(7)],
+        [typed(0.1, 9) for _ in range(7)], [typed(i, i + 0.9) for i in range(7)]), peak):
     print(f"r {row(r)}\ng {row(g)}\ncn {row(cn)}\nwindow 1 7 1 atoms")
     print("\n".join(f"{name} {exactly([value])}" for name, value in fields.items()))
-for inputs, results in telling(random_samples, tutest):
+for inputs, results in telling(lambda: (
+        random.randint(5, 50), random.randint(5, 50), *(typed(0.1, 2) for _ in range(4))), tutest):
     print("tutest", row(inputs), "=", exactly(results.values()))
-for (u, v), results in telling(random_bins, chi_square):
+for (u, v), results in telling(
+        lambda: [[typed(1, 9) for _ in range(5)] for _ in range(2)], chi_square):
     print("ditest 0 ", row(u), " ", row(v), "= 3 0", exactly(results.values()))
-for (x1, x2, y1, y2, x), results in telling(random_points, lintpo):
+for (x1, x2, y1, y2, x), results in telling(lambda: (
+        typed(1, 1.5), typed(2, 3), typed(1, 9), typed(1, 9), typed(1.5, 2)), lintpo):
     print(f"grid {row([x1, x2])}\nvalues {row([y1, y2])}\napprox {row([x])} = {results['y']:.17g}")
