@@ -16,10 +16,11 @@ trap 'rm -rf "$scratch"' EXIT
 mkdir "$scratch/bin"
 ln -s "$build"/dorvek-* "$scratch/bin"
 ln -s "$program" "$scratch/bin/dorvek"
-# A cluster of one core.
+# A cluster that runs one job after the other.
 cat >"$scratch/bin/sbatch" <<'END'
 #!/bin/sh
-for n in $(seq "${1#--array=1-}"); do SLURM_ARRAY_TASK_ID=$n sh "$2"; done
+for argument; do case $argument in --array=1-*) jobs=${argument#*-*-*-} ;; esac done
+for n in $(seq "$jobs"); do SLURM_ARRAY_TASK_ID=$n sh "$argument"; done
 END
 chmod +x "$scratch/bin/sbatch"
 PATH=$scratch/bin:$PATH
@@ -39,10 +40,10 @@ blocks() {
 
 # What the programs that a manual page names have left behind, made of the example.
 foreign() {
-    awk 'FNR == 1 { print FILENAME, 500 } { print FNR, $0 }' ./*_300K.dat >rdf.out
+    awk 'FNR == 1 { print ++n, 500 } { print FNR, $0 }' ./*K.dat >rdf.out
     cut -d ' ' -f 1,6 silica_300K.dat | sed '1i @ title "O-O"' >rdf.xvg
     cut -d ' ' -f 1,2,4,6 silica_300K.dat | tr ' ' , | sed '1i r,Si-Si,Si-O,O-O' >silica_PDFpartials.csv
-    cut -d ' ' -f 1,3,2,4,6 silica_300K.dat | tr ' ' , >table.csv
+    cut -d ' ' -f -4,6 silica_300K.dat | tr ' ' , >table.csv
 }
 
 # replay DOCUMENT: in the working directory, step by step.
@@ -59,9 +60,9 @@ replay() {
         /^> / { print substr($0, 3) >(step ".typed"); next }
         { print >(step ".shown") }'
     for command in "$scratch"/steps/*.command; do
-        [ -e "$command" ] || continue
         step=${command%.command}
         touch "$step.typed" "$step.shown"
+        sh -n "$command"
         status=0
         eval "$(cat "$command")" <"$step.typed" >"$step.got" 2>&1 || status=$?
         [ "$status" -eq 0 ] || echo "[$status]" >>"$step.got"
@@ -92,4 +93,13 @@ for page in "$source"/doc/*.1; do
     foreign
     replay "$page"
 done
+cd "$source"
+version=$("$build/dorvek-batch" --version)
+stale=$(
+    grep -LFx ".Os dorvek $version" doc/*.1
+    grep -LFx "version: $version" CITATION.cff
+    grep -LF "\`dorvek $version\`" README.md
+    grep -L "^## $version - " CHANGELOG.md
+) || :
+[ -z "$stale" ] || { echo "not of version $version: $stale" && failed=1; }
 exit "$failed"
