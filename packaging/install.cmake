@@ -13,10 +13,9 @@ set(CPACK_PACKAGE_VENDOR "the dorvek developers")
 set(CPACK_PACKAGE_CONTACT "the dorvek developers <>")
 set(CPACK_PACKAGE_DESCRIPTION
   "dorvek reads pair distribution functions of disordered materials and reports
-the statistics of one peak, with errors and without fitting a shape:
-coordination number, mean, mode, variance and its two halves, skewness and
-kurtosis. It compares the peaks of two samples by a t-test, an F-test and a
-chi-square test.")
+the statistics of one peak without fitting a shape: coordination number, mean,
+mode, variance and its two halves, skewness and kurtosis. It compares the peaks
+of two samples, and gives means over independent simulations with their errors.")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 string(TOLOWER "dorvek-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}"
