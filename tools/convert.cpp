@@ -145,6 +145,10 @@ std::vector<std::string_view> fields_of(std::string_view line) {
     return fields;
 }
 
+bool is_no_comment(std::string_view field) {
+    return !field.starts_with('#');
+}
+
 // Is this the first field of a line of numbers, if perhaps of none that can be read? A heading
 // begins otherwise.
 bool begins_numbers(std::string_view field) {
@@ -154,6 +158,16 @@ bool begins_numbers(std::string_view field) {
     for (char& c : word) c = static_cast<char>(c | 0x20);  // in lower case
     return field[0] == '.' || (field[0] >= '0' && field[0] <= '9') || word == "nan" ||
            word == "inf" || word == "infinity";
+}
+
+// Takes the next line whose first field is one that is wanted.
+bool take_fields(Lines& lines, bool (*wanted)(std::string_view),
+                 std::vector<std::string_view>& fields) {
+    for (std::string_view line; take_line(lines, line);) {
+        fields = fields_of(line);
+        if (!fields.empty() && wanted(fields[0])) return true;
+    }
+    return false;
 }
 
 // The numbers of a line, as many as `width` says or, if that is 0, any.
@@ -183,9 +197,7 @@ void read_lammps(Lines& lines, const TakeBlock& take) {
     Block block;
     std::size_t rows = 0;
     std::size_t width = 0;
-    for (std::string_view line; take_line(lines, line);) {
-        const std::vector<std::string_view> fields = fields_of(line);
-        if (fields.empty() || fields[0].starts_with('#')) continue;
+    for (std::vector<std::string_view> fields; take_fields(lines, is_no_comment, fields);) {
         if (lines.unterminated) return tell_cut_short(lines);
         Bin bin = bin_of(fields, rows == 0 ? 2 : width, lines);
         if (rows == 0) {
@@ -213,9 +225,7 @@ void read_columns(Lines& lines, const TakeBlock& take) {
     Block block;
     std::size_t rows_before = 0;
     std::size_t width = 0;
-    for (std::string_view line; take_line(lines, line);) {
-        const std::vector<std::string_view> fields = fields_of(line);
-        if (fields.empty() || !begins_numbers(fields[0])) continue;
+    for (std::vector<std::string_view> fields; take_fields(lines, begins_numbers, fields);) {
         if (lines.unterminated && (rows_before > 0 || fields.size() < width)) {
             return tell_cut_short(lines);
         }
