@@ -350,11 +350,14 @@ using Key = std::vector<std::vector<Entry>>;
 Key key_of(const Picture& picture, bool lists_windows, std::size_t columns) {
     constexpr std::size_t mark_columns = 5;  // with the space behind the entry before
     std::vector<Entry> entries;
-    for (const Sample& sample : picture.samples) {
+    const std::vector<Sample>& samples = picture.samples;
+    const bool alike = samples.size() == 2 && samples[0].name == samples[1].name;
+    for (const Sample& sample : samples) {
         const std::int32_t s = sample.number;
+        const std::string name = printable(alike ? sample.file.string() : sample.name);
         const std::string partial = ", partial " + std::to_string(sample.pdf);
         const std::size_t room = columns - mark_columns - partial.size();
-        entries.push_back({'-', s, shortened(printable(sample.name), room) + partial, true});
+        entries.push_back({'-', s, shortened(name, room) + partial, true});
         if (!is_marked(sample)) continue;
         entries.push_back(
             {'o', s, "mean " + text_of(sample.Rmea) + ", sd " + sdev_of(sample), true});
