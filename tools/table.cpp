@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
     CLI::App app("Writes the reports of results files (dorvek.res) as one table.", "dorvek-table");
     std::vector<std::string> files;
     bool tabs = false;
-    app.add_option("FILE", files, "results files")->required();
+    app.add_option("FILE", files, "results files; - is standard input")->required();
     app.add_flag("--tsv", tabs, "separate by tabs, and quote nothing");
     return run(app, argc, argv, [&] { write_table(files, tabs ? '\t' : ','); });
 }
