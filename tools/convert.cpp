@@ -474,9 +474,7 @@ void convert(const Call& call) {
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app("Makes PDF files of what other programs write.", "dorvek-convert");
     Call call;
     app.add_option("FORM", call.form, "what FILE is")
@@ -505,13 +503,18 @@ int main(int argc, char** argv) {
     CLI::Option* pairs =
         add_list("--pairs", call.pairs, "Si-Si,Si-O,O-O", "of each partial")->needs(atoms);
     atoms->needs(volume)->needs(pairs);
-    return run(app, argc, argv, [&] {
-        const auto stray = app.get_options([&](const CLI::Option* option) {
-            return option->get_group() == columns && option->count() > 0;
-        });
-        if (call.form == "lammps" && !stray.empty()) {
-            throw WrongCall(stray[0]->get_name() + " goes with columns");
-        }
-        convert(call);
+    parse(app, argc, argv);
+    const auto stray = app.get_options([&](const CLI::Option* option) {
+        return option->get_group() == columns && option->count() > 0;
     });
+    if (call.form == "lammps" && !stray.empty()) {
+        throw WrongCall(stray[0]->get_name() + " goes with columns");
+    }
+    convert(call);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

@@ -266,9 +266,7 @@ auto from_to(double least, double most) {
     };
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app("Finds peaks in PDF files and writes a table of windows around them.",
                  "dorvek-peaks");
     constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -303,8 +301,13 @@ int main(int argc, char** argv) {
         ->check(from_to(0, infinity));
     app.add_option("--name", call.name, "columns from names: '{glass}_{T}K.dat'")
         ->type_name("TEMPLATE");
-    return run(app, argc, argv, [&] {
-        call.suffixes = needs_suffixes(call.files);
-        write_table(call);
-    });
+    parse(app, argc, argv);
+    call.suffixes = needs_suffixes(call.files);
+    write_table(call);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

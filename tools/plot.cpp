@@ -818,9 +818,7 @@ Kind kind_of(const std::string& picture) {
     throw WrongCall(picture + ": the name of a picture ends in .png, .svg or .pdf");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app(
         "Draws each report of a results file (dorvek.res) or of a table of results; or,\n"
         "with --file, g(r) of a PDF file with the windows that dorvek-peaks proposes.",
@@ -842,8 +840,13 @@ int main(int argc, char** argv) {
     app.add_option("--partials", call.partials,
                    "partials in each file; if not said, those\nof its first line")
         ->check(CLI::Range(1, std::numeric_limits<std::int32_t>::max()));
-    return run(app, argc, argv, [&] {
-        if (call.picture) call.kind = kind_of(*call.picture);
-        draw(call, pictures_of(call));
-    });
+    parse(app, argc, argv);
+    if (call.picture) call.kind = kind_of(*call.picture);
+    draw(call, pictures_of(call));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

@@ -64,6 +64,9 @@ for jobs in 1 7; do
 done
 check 'rows in their order' "$(seq -s ' ' 1400)" "$(sed 1d jobs_1 | cut -d , -f 1 | uniq | paste -s -d ' ')"
 check 'the same on seven cores' "$(cksum <jobs_1)" "$(cksum <jobs_7)"
+status=0
+strace -qq -o calls -e inject=clone,clone3:error=EAGAIN "$bin/dorvek-batch" -j 7 good.csv >alone || status=$?
+check 'and on one, where no thread can be started' "0 $(cksum <good)" "$status $(cksum <alone)"
 
 # What is wrong with a row stands in it; what is odd about the data as well.
 echo 'r g n' >text.dat
