@@ -395,15 +395,6 @@ Layout layout_of(const Call& call) {
     return layout;
 }
 
-void write_file(const std::string& name, std::string_view text) {
-    std::FILE* const file = std::fopen(name.c_str(), "w");
-    if (file == nullptr) return complain(name + ": cannot be written" + system_reason());
-    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    if (std::fclose(file) == 0 && written) return;
-    complain(name + ": cannot be written" + system_reason());
-    std::remove(name.c_str());
-}
-
 // Calls take(block) for each whole block of the file.
 void read_blocks(const Call& call, const TakeBlock& take) {
     Lines lines{call.file == "-" ? "standard input" : call.file, {}, false};

@@ -548,7 +548,8 @@ struct Descriptor {
     int fd;
 };
 
-// Starts gnuplot with these standard streams, without the user's settings. Returns its number.
+// Starts gnuplot with these standard streams, without the user's settings. Returns its number. In a
+// process group of its own, for gnuplot may hang at a Ctrl-C; that ends us, and so its input.
 pid_t start_gnuplot(int input, int output, int errors) {
     std::vector<std::string> words{"gnuplot", "-d", "LC_ALL=C.UTF-8"};
     for (const std::string name : {"PATH", "LD_LIBRARY_PATH"}) {
@@ -562,8 +563,12 @@ pid_t start_gnuplot(int input, int output, int errors) {
     ::posix_spawn_file_actions_adddup2(&streams, input, STDIN_FILENO);
     ::posix_spawn_file_actions_adddup2(&streams, output, STDOUT_FILENO);
     ::posix_spawn_file_actions_adddup2(&streams, errors, STDERR_FILENO);
+    posix_spawnattr_t attributes{};
+    ::posix_spawnattr_init(&attributes);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
     pid_t pid = 0;
-    errno = ::posix_spawnp(&pid, "gnuplot", &streams, nullptr, pointers.data(), &pointers[3]);
+    errno = ::posix_spawnp(&pid, "gnuplot", &streams, &attributes, pointers.data(), &pointers[3]);
+    ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&streams);
     if (errno == ENOENT) {
         throw Failure("gnuplot is missing (Debian: apt-get install gnuplot-nox)");
@@ -625,16 +630,6 @@ std::string finished(std::string picture, Kind kind) {
     return picture;
 }
 
-void write_picture(const std::string& name, std::string_view picture) {
-    std::FILE* file = std::fopen(name.c_str(), "w");
-    if (file == nullptr) return complain(name + ": cannot be written" + system_reason());
-    const bool is_whole = std::fwrite(picture.data(), 1, picture.size(), file) == picture.size();
-    if (std::fclose(file) == 0 && is_whole) return write(name + '\n');
-    complain(name + ": cannot be written" + system_reason());
-    std::error_code ignored;
-    if (is_regular_file(std::filesystem::symlink_status(name, ignored))) std::remove(name.c_str());
-}
-
 // Without the blanks at the ends of lines, and the empty lines around.
 std::string tidy(const std::string& text) {
     std::istringstream lines(text);
@@ -682,6 +677,9 @@ void draw(const Call& call, const std::vector<Picture>& pictures) {
     const std::string head = head_of(call.kind);
     std::string pages;
     bool is_first = true;
+    const auto write_picture = [&](const std::string& name, std::string picture) {
+        if (write_file(name, finished(std::move(picture), call.kind))) write(name + '\n');
+    };
     for (const Picture& picture : pictures) {
         Page page;
         try {
@@ -698,10 +696,10 @@ void draw(const Call& call, const std::vector<Picture>& pictures) {
         } else {
             write_picture(
                 pictures.size() == 1 ? *call.picture : numbered(*call.picture, picture.number),
-                finished(drawn(head + page.script), call.kind));
+                drawn(head + page.script));
         }
     }
-    if (!pages.empty()) write_picture(*call.picture, finished(drawn(head + pages), call.kind));
+    if (!pages.empty()) write_picture(*call.picture, drawn(head + pages));
 }
 
 // Data files are named as seen from the directory of what names them.

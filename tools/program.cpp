@@ -5,9 +5,12 @@
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <new>
+#include <system_error>
 
 namespace dorvek::tools {
 namespace {
@@ -47,6 +50,27 @@ void write(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
         throw Failure("cannot write" + system_reason());
     }
+}
+
+bool write_file(const std::string& name, std::string_view text) {
+    sigset_t signals, before;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
+    ::sigprocmask(SIG_BLOCK, &signals, &before);
+    std::FILE* const file = std::fopen(name.c_str(), "w");
+    bool is_whole = file != nullptr;
+    if (is_whole) {
+        is_whole = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+        is_whole = std::fclose(file) == 0 && is_whole;
+    }
+    if (!is_whole) {
+        complain(name + ": cannot be written" + system_reason());
+        std::error_code ignored;
+        const auto status = std::filesystem::symlink_status(name, ignored);
+        if (file != nullptr && is_regular_file(status)) std::remove(name.c_str());
+    }
+    ::sigprocmask(SIG_SETMASK, &before, nullptr);
+    return is_whole;
 }
 
 void parse(CLI::App& app, int argc, char** argv) {

@@ -27,6 +27,10 @@ void tell(const std::string& what);
 // Writes to standard output. What cannot be written throws Failure.
 void write(std::string_view text);
 
+// Writes a file, all of it or nothing: Ctrl-C has to wait. Complains, and returns false, if it
+// cannot be written.
+bool write_file(const std::string& name, std::string_view text);
+
 // The reason that the system gives in errno, behind a colon and a blank.
 [[nodiscard]] std::string system_reason();
 
