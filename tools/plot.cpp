@@ -630,11 +630,13 @@ std::string finished(std::string picture, Kind kind) {
     return picture;
 }
 
-// Without the blanks at the ends of lines, and the empty lines around.
+// Without the form feed that it begins with, the blanks at the ends of lines, and the empty lines
+// around.
 std::string tidy(const std::string& text) {
     std::istringstream lines(text);
     std::string tidied;
     for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with('\f')) line.erase(0, 1);
         line.erase(line.find_last_not_of(' ') + 1);
         if (!tidied.empty() || !line.empty()) tidied += line + '\n';
     }
