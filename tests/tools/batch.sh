@@ -113,6 +113,11 @@ check 'odd characters' "$(printf '1,"a\r\n""b""\tc",ok,,500,1,silica_300K.dat,%0
     "$(sed '1d; s/,1\.39000.*//' odd)"
 batch odd >again
 check 'results fed back' "$(head -n 1 odd) 0" "$(head -n 1 again) $status"
+printf 'file,partial,rmin,rmax\ngone,2,1,2\nsilica\0x,2,1,2\n%0300d/x,2,1,2\n' 0 >names.csv
+batch names.csv >out
+check 'names of no file' 'no such file: gone
+Bad file specification: silica
+Cannot open file: File name too long: 000' "$(sed 1d out | cut -d , -f 3 | cut -c 1-41)"
 check 'only headings' 1 "$(head -n 1 good.csv | "$bin/dorvek-batch" | wc -l)"
 
 # Calls and ends.
