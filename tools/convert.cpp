@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -76,12 +75,11 @@ std::optional<double> number_of(std::string_view text) {
     return value;
 }
 
-// The shortest text that the program reads as the float nearest to `value`.
-std::string shortest(double value) {
+// Running numbers and means are written as the floats that the program reads.
+std::string written(double value) {
     const auto nearest = static_cast<float>(value);
     if (!std::isfinite(nearest)) throw Failure("a number is too large to be written");
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), nearest).ptr};
+    return shortest(nearest);
 }
 
 double positive(const std::string& option, const std::string& text) {
@@ -341,7 +339,7 @@ std::string pdf_of(const Block& block, const Layout& layout) {
             text += ' ' + number.text;
             if (layout.running) continue;
             sums[i] += number.value * r * r;
-            text += ' ' + shortest(factors[i] * sums[i]);
+            text += ' ' + written(factors[i] * sums[i]);
         }
         text += '\n';
     }
@@ -437,7 +435,7 @@ Block mean_of_blocks(const Call& call, std::size_t from) {
     for (Bin& bin : mean) {
         for (Number& number : std::span(bin).subspan(1)) {
             number.value /= static_cast<double>(count - from + 1);
-            number.text = shortest(number.value);
+            number.text = written(number.value);
         }
     }
     return mean;

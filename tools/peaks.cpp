@@ -1,8 +1,6 @@
 // dorvek-peaks: a window around each peak of PDF files, as a table for dorvek-batch.
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -121,11 +119,6 @@ Sample load(const Call& call, const Template& pattern, const std::string& file) 
     sample.r.assign(r.begin(), r.end());
     sample.g.assign(g.begin(), g.end());
     return sample;
-}
-
-std::string shortest(float limit) {
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.begin(), text.end(), limit).ptr};
 }
 
 std::string note_on(std::span<const float> g, float height) {

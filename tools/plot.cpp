@@ -194,11 +194,6 @@ std::string shortened(const std::string& text, std::size_t columns) {
     return text.substr(0, place(from)).append(gap) + text.substr(place(to));
 }
 
-std::string shortest(float number) {
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.begin(), text.end(), number).ptr};
-}
-
 // A string of gnuplot. All but letters and blanks are escaped, so that nothing in it can end it or
 // be a command; digits too, since gnuplot would count them to the escape before them.
 std::string gnuplot_string(std::string_view text) {
