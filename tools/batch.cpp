@@ -9,10 +9,12 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -297,7 +299,8 @@ std::shared_ptr<DataFile> file_of(const std::string& folder, const SampleColumns
 
 void compute_block(const Columns& columns, std::span<Task> block, std::size_t jobs) {
     std::atomic<std::size_t> next{0};
-    const auto work = [&] {
+    std::atomic<bool> exhausted{false};
+    const auto compute_some = [&] {
         std::unique_ptr<std::array<input::PdfSet, input::maxsamp>> pair;
         for (std::size_t i = next++; i < block.size(); i = next++) {
             if (pair == nullptr && block[i].files[1] != nullptr) {
@@ -307,9 +310,21 @@ void compute_block(const Columns& columns, std::span<Task> block, std::size_t jo
                     pair == nullptr ? std::span<input::PdfSet>() : std::span(*pair));
         }
     };
+    const auto work = [&] {
+        try {
+            compute_some();
+        } catch (const std::bad_alloc&) {
+            exhausted = true;
+        }
+    };
     std::vector<std::jthread> others;
-    for (std::size_t job = 1; job < std::min(jobs, block.size()); ++job) others.emplace_back(work);
+    try {
+        while (others.size() + 1 < std::min(jobs, block.size())) others.emplace_back(work);
+    } catch (const std::system_error&) {  // the system gives no more: as many as there are
+    }
     work();
+    others.clear();
+    if (exhausted) throw std::bad_alloc();
 }
 
 void run_table(const std::string& name, std::size_t jobs) {
@@ -349,9 +364,7 @@ void run_table(const std::string& name, std::size_t jobs) {
     if (failed > 0) complain(std::to_string(rows) + " rows, " + std::to_string(failed) + " failed");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app("Analyses the windows that a table lists and writes a table of results.",
                  "dorvek-batch");
     std::string table = "-";
@@ -363,5 +376,12 @@ int main(int argc, char** argv) {
                    "constraints2; any other is passed through. Standard\n"
                    "input if not named, or -");
     app.add_option("-j", jobs, "rows at a time (all cores)")->check(CLI::PositiveNumber);
-    return run(app, argc, argv, [&] { run_table(table, jobs); });
+    parse(app, argc, argv);
+    run_table(table, jobs);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

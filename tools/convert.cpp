@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -76,12 +75,11 @@ std::optional<double> number_of(std::string_view text) {
     return value;
 }
 
-// The shortest text that the program reads as the float nearest to `value`.
-std::string shortest(double value) {
+// Running numbers and means are written as the floats that the program reads.
+std::string written(double value) {
     const auto nearest = static_cast<float>(value);
     if (!std::isfinite(nearest)) throw Failure("a number is too large to be written");
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), nearest).ptr};
+    return shortest(nearest);
 }
 
 double positive(const std::string& option, const std::string& text) {
@@ -146,6 +144,10 @@ std::vector<std::string_view> fields_of(std::string_view line) {
     return fields;
 }
 
+bool is_no_comment(std::string_view field) {
+    return !field.starts_with('#');
+}
+
 // Is this the first field of a line of numbers, if perhaps of none that can be read? A heading
 // begins otherwise.
 bool begins_numbers(std::string_view field) {
@@ -155,6 +157,16 @@ bool begins_numbers(std::string_view field) {
     for (char& c : word) c = static_cast<char>(c | 0x20);  // in lower case
     return field[0] == '.' || (field[0] >= '0' && field[0] <= '9') || word == "nan" ||
            word == "inf" || word == "infinity";
+}
+
+// Takes the next line whose first field is one that is wanted.
+bool take_fields(Lines& lines, bool (*wanted)(std::string_view),
+                 std::vector<std::string_view>& fields) {
+    for (std::string_view line; take_line(lines, line);) {
+        fields = fields_of(line);
+        if (!fields.empty() && wanted(fields[0])) return true;
+    }
+    return false;
 }
 
 // The numbers of a line, as many as `width` says or, if that is 0, any.
@@ -184,9 +196,7 @@ void read_lammps(Lines& lines, const TakeBlock& take) {
     Block block;
     std::size_t rows = 0;
     std::size_t width = 0;
-    for (std::string_view line; take_line(lines, line);) {
-        const std::vector<std::string_view> fields = fields_of(line);
-        if (fields.empty() || fields[0].starts_with('#')) continue;
+    for (std::vector<std::string_view> fields; take_fields(lines, is_no_comment, fields);) {
         if (lines.unterminated) return tell_cut_short(lines);
         Bin bin = bin_of(fields, rows == 0 ? 2 : width, lines);
         if (rows == 0) {
@@ -214,9 +224,7 @@ void read_columns(Lines& lines, const TakeBlock& take) {
     Block block;
     std::size_t rows_before = 0;
     std::size_t width = 0;
-    for (std::string_view line; take_line(lines, line);) {
-        const std::vector<std::string_view> fields = fields_of(line);
-        if (fields.empty() || !begins_numbers(fields[0])) continue;
+    for (std::vector<std::string_view> fields; take_fields(lines, begins_numbers, fields);) {
         if (lines.unterminated && (rows_before > 0 || fields.size() < width)) {
             return tell_cut_short(lines);
         }
@@ -332,7 +340,7 @@ std::string pdf_of(const Block& block, const Layout& layout) {
             text += ' ' + number.text;
             if (layout.running) continue;
             sums[i] += number.value * r * r;
-            text += ' ' + shortest(factors[i] * sums[i]);
+            text += ' ' + written(factors[i] * sums[i]);
         }
         text += '\n';
     }
@@ -386,15 +394,6 @@ Layout layout_of(const Call& call) {
     return layout;
 }
 
-void write_file(const std::string& name, std::string_view text) {
-    std::FILE* const file = std::fopen(name.c_str(), "w");
-    if (file == nullptr) return complain(name + ": cannot be written" + system_reason());
-    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    if (std::fclose(file) == 0 && written) return;
-    complain(name + ": cannot be written" + system_reason());
-    std::remove(name.c_str());
-}
-
 // Calls take(block) for each whole block of the file.
 void read_blocks(const Call& call, const TakeBlock& take) {
     Lines lines{call.file == "-" ? "standard input" : call.file, {}, false};
@@ -437,7 +436,7 @@ Block mean_of_blocks(const Call& call, std::size_t from) {
     for (Bin& bin : mean) {
         for (Number& number : std::span(bin).subspan(1)) {
             number.value /= static_cast<double>(count - from + 1);
-            number.text = shortest(number.value);
+            number.text = written(number.value);
         }
     }
     return mean;
@@ -465,9 +464,7 @@ void convert(const Call& call) {
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app("Makes PDF files of what other programs write.", "dorvek-convert");
     Call call;
     app.add_option("FORM", call.form, "what FILE is")
@@ -496,13 +493,18 @@ int main(int argc, char** argv) {
     CLI::Option* pairs =
         add_list("--pairs", call.pairs, "Si-Si,Si-O,O-O", "of each partial")->needs(atoms);
     atoms->needs(volume)->needs(pairs);
-    return run(app, argc, argv, [&] {
-        const auto stray = app.get_options([&](const CLI::Option* option) {
-            return option->get_group() == columns && option->count() > 0;
-        });
-        if (call.form == "lammps" && !stray.empty()) {
-            throw WrongCall(stray[0]->get_name() + " goes with columns");
-        }
-        convert(call);
+    parse(app, argc, argv);
+    const auto stray = app.get_options([&](const CLI::Option* option) {
+        return option->get_group() == columns && option->count() > 0;
     });
+    if (call.form == "lammps" && !stray.empty()) {
+        throw WrongCall(stray[0]->get_name() + " goes with columns");
+    }
+    convert(call);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

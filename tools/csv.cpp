@@ -1,6 +1,8 @@
 #include "csv.hpp"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <span>
 #include <utility>
 
@@ -145,6 +147,11 @@ std::optional<std::int32_t> whole_of(std::string_view cell) {
         if (decimals.find_first_not_of('0') == std::string_view::npos) cell = cell.substr(0, point);
     }
     return number_of<std::int32_t>(cell);
+}
+
+std::string shortest(float number) {
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.begin(), text.end(), number).ptr};
 }
 
 void append_row(std::string& table, const Row& row, char separator) {

@@ -53,6 +53,9 @@ class TableReader {
 [[nodiscard]] std::optional<float> real_of(std::string_view cell);
 [[nodiscard]] std::optional<std::int32_t> whole_of(std::string_view cell);
 
+// The shortest text that the program reads as this number.
+[[nodiscard]] std::string shortest(float number);
+
 // Adds one row to `table`, quoted where needed, as valid UTF-8 whatever the cells hold. Between
 // tabs a cell cannot hold one; there, tabs and line feeds become blanks.
 void append_row(std::string& table, const Row& row, char separator = ',');

@@ -53,12 +53,12 @@ std::vector<std::string> load_pdf(const std::string& name, std::optional<std::in
                                   input::PdfSet& set) {
     thread_local textio::Input file;  // its buffers serve one file after another
     const Status opened = open_file(file, name, O_RDONLY);
-    if (opened == Status::cannot_open && file.error == ENOENT) {
-        throw BadFile("no such file: " + name);
-    }
     if (opened != Status::ok) {
-        throw BadFile(name + ": " + std::string(message_of(opened)) +
-                      (file.error == 0 ? "" : std::string(": ") + std::strerror(file.error)));
+        std::string what(message_of(opened));
+        if (opened == Status::cannot_open) {
+            what = file.error == ENOENT ? "no such file" : what + ": " + std::strerror(file.error);
+        }
+        throw BadFile(what + ": " + name);  // in this order: a zero byte in the name ends the text
     }
     const struct Closer {
         ~Closer() { ::close(fd); }

@@ -1,14 +1,13 @@
 // dorvek-peaks: a window around each peak of PDF files, as a table for dorvek-batch.
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <limits>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -34,6 +33,7 @@ struct Template {
 
 struct Call {
     std::vector<std::string> files;
+    bool suffixes = false;  // stand in the identifiers
     std::optional<std::int32_t> partials;
     std::int32_t partial = 0;
     PeakSearch search;
@@ -121,11 +121,6 @@ Sample load(const Call& call, const Template& pattern, const std::string& file) 
     return sample;
 }
 
-std::string shortest(float limit) {
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.begin(), text.end(), limit).ptr};
-}
-
 std::string note_on(std::span<const float> g, float height) {
     std::string note;
     const auto add = [&](const char* what) {
@@ -157,15 +152,26 @@ void append_window(std::string& table, const Call& call, const Sample& sample,
     append_row(table, row);
 }
 
+std::string without_suffix(const std::string& file) {
+    return std::filesystem::path(file).replace_extension().string();
+}
+
+// Would two files be called alike without their suffixes?
+bool needs_suffixes(const std::vector<std::string>& files) {
+    const std::set<std::string> names(files.begin(), files.end());
+    std::set<std::string> stems;
+    for (const std::string& name : names) stems.insert(without_suffix(name));
+    return stems.size() < names.size();
+}
+
 void write_windows(const Call& call, const Sample& sample,
                    const std::vector<input::Window>& windows) {
-    const std::string stem = std::filesystem::path(sample.file).replace_extension().string();
     const auto nbins = static_cast<std::int32_t>(sample.r.size());
     const std::int32_t scan = call.scan.value_or(0);
     std::string table;
     for (std::size_t k = 0; k < windows.size(); ++k) {
-        const std::string id =
-            stem + "-" + std::to_string(call.partial) + "-" + std::to_string(k + 1);
+        std::string id = call.suffixes ? sample.file : without_suffix(sample.file);
+        id += "-" + std::to_string(call.partial) + "-" + std::to_string(k + 1);
         const std::int32_t least = std::max(-scan, windows[k].ilo + 1 - windows[k].ihi);
         const std::int32_t most = std::min(scan, nbins - windows[k].ihi);
         for (std::int32_t shift = least; shift <= most; ++shift) {
@@ -253,9 +259,7 @@ auto from_to(double least, double most) {
     };
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app("Finds peaks in PDF files and writes a table of windows around them.",
                  "dorvek-peaks");
     constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -290,5 +294,13 @@ int main(int argc, char** argv) {
         ->check(from_to(0, infinity));
     app.add_option("--name", call.name, "columns from names: '{glass}_{T}K.dat'")
         ->type_name("TEMPLATE");
-    return run(app, argc, argv, [&] { write_table(call); });
+    parse(app, argc, argv);
+    call.suffixes = needs_suffixes(call.files);
+    write_table(call);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

@@ -194,11 +194,6 @@ std::string shortened(const std::string& text, std::size_t columns) {
     return text.substr(0, place(from)).append(gap) + text.substr(place(to));
 }
 
-std::string shortest(float number) {
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.begin(), text.end(), number).ptr};
-}
-
 // A string of gnuplot. All but letters and blanks are escaped, so that nothing in it can end it or
 // be a command; digits too, since gnuplot would count them to the escape before them.
 std::string gnuplot_string(std::string_view text) {
@@ -350,11 +345,14 @@ using Key = std::vector<std::vector<Entry>>;
 Key key_of(const Picture& picture, bool lists_windows, std::size_t columns) {
     constexpr std::size_t mark_columns = 5;  // with the space behind the entry before
     std::vector<Entry> entries;
-    for (const Sample& sample : picture.samples) {
+    const std::vector<Sample>& samples = picture.samples;
+    const bool alike = samples.size() == 2 && samples[0].name == samples[1].name;
+    for (const Sample& sample : samples) {
         const std::int32_t s = sample.number;
+        const std::string name = printable(alike ? sample.file.string() : sample.name);
         const std::string partial = ", partial " + std::to_string(sample.pdf);
         const std::size_t room = columns - mark_columns - partial.size();
-        entries.push_back({'-', s, shortened(printable(sample.name), room) + partial, true});
+        entries.push_back({'-', s, shortened(name, room) + partial, true});
         if (!is_marked(sample)) continue;
         entries.push_back(
             {'o', s, "mean " + text_of(sample.Rmea) + ", sd " + sdev_of(sample), true});
@@ -545,7 +543,8 @@ struct Descriptor {
     int fd;
 };
 
-// Starts gnuplot with these standard streams, without the user's settings. Returns its number.
+// Starts gnuplot with these standard streams, without the user's settings. Returns its number. In a
+// process group of its own, for gnuplot may hang at a Ctrl-C; that ends us, and so its input.
 pid_t start_gnuplot(int input, int output, int errors) {
     std::vector<std::string> words{"gnuplot", "-d", "LC_ALL=C.UTF-8"};
     for (const std::string name : {"PATH", "LD_LIBRARY_PATH"}) {
@@ -559,8 +558,12 @@ pid_t start_gnuplot(int input, int output, int errors) {
     ::posix_spawn_file_actions_adddup2(&streams, input, STDIN_FILENO);
     ::posix_spawn_file_actions_adddup2(&streams, output, STDOUT_FILENO);
     ::posix_spawn_file_actions_adddup2(&streams, errors, STDERR_FILENO);
+    posix_spawnattr_t attributes{};
+    ::posix_spawnattr_init(&attributes);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
     pid_t pid = 0;
-    errno = ::posix_spawnp(&pid, "gnuplot", &streams, nullptr, pointers.data(), &pointers[3]);
+    errno = ::posix_spawnp(&pid, "gnuplot", &streams, &attributes, pointers.data(), &pointers[3]);
+    ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&streams);
     if (errno == ENOENT) {
         throw Failure("gnuplot is missing (Debian: apt-get install gnuplot-nox)");
@@ -622,21 +625,13 @@ std::string finished(std::string picture, Kind kind) {
     return picture;
 }
 
-void write_picture(const std::string& name, std::string_view picture) {
-    std::FILE* file = std::fopen(name.c_str(), "w");
-    if (file == nullptr) return complain(name + ": cannot be written" + system_reason());
-    const bool is_whole = std::fwrite(picture.data(), 1, picture.size(), file) == picture.size();
-    if (std::fclose(file) == 0 && is_whole) return write(name + '\n');
-    complain(name + ": cannot be written" + system_reason());
-    std::error_code ignored;
-    if (is_regular_file(std::filesystem::symlink_status(name, ignored))) std::remove(name.c_str());
-}
-
-// Without the blanks at the ends of lines, and the empty lines around.
+// Without the form feed that it begins with, the blanks at the ends of lines, and the empty lines
+// around.
 std::string tidy(const std::string& text) {
     std::istringstream lines(text);
     std::string tidied;
     for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with('\f')) line.erase(0, 1);
         line.erase(line.find_last_not_of(' ') + 1);
         if (!tidied.empty() || !line.empty()) tidied += line + '\n';
     }
@@ -679,6 +674,9 @@ void draw(const Call& call, const std::vector<Picture>& pictures) {
     const std::string head = head_of(call.kind);
     std::string pages;
     bool is_first = true;
+    const auto write_picture = [&](const std::string& name, std::string picture) {
+        if (write_file(name, finished(std::move(picture), call.kind))) write(name + '\n');
+    };
     for (const Picture& picture : pictures) {
         Page page;
         try {
@@ -695,10 +693,10 @@ void draw(const Call& call, const std::vector<Picture>& pictures) {
         } else {
             write_picture(
                 pictures.size() == 1 ? *call.picture : numbered(*call.picture, picture.number),
-                finished(drawn(head + page.script), call.kind));
+                drawn(head + page.script));
         }
     }
-    if (!pages.empty()) write_picture(*call.picture, finished(drawn(head + pages), call.kind));
+    if (!pages.empty()) write_picture(*call.picture, drawn(head + pages));
 }
 
 // Data files are named as seen from the directory of what names them.
@@ -815,9 +813,7 @@ Kind kind_of(const std::string& picture) {
     throw WrongCall(picture + ": the name of a picture ends in .png, .svg or .pdf");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app(
         "Draws each report of a results file (dorvek.res) or of a table of results; or,\n"
         "with --file, g(r) of a PDF file with the windows that dorvek-peaks proposes.",
@@ -839,8 +835,13 @@ int main(int argc, char** argv) {
     app.add_option("--partials", call.partials,
                    "partials in each file; if not said, those\nof its first line")
         ->check(CLI::Range(1, std::numeric_limits<std::int32_t>::max()));
-    return run(app, argc, argv, [&] {
-        if (call.picture) call.kind = kind_of(*call.picture);
-        draw(call, pictures_of(call));
-    });
+    parse(app, argc, argv);
+    if (call.picture) call.kind = kind_of(*call.picture);
+    draw(call, pictures_of(call));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

@@ -323,9 +323,7 @@ void average(const Call& call) {
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app("Averages independent replicas: means with errors that can be published.",
                  "dorvek-replicas");
     Call call;
@@ -343,5 +341,12 @@ int main(int argc, char** argv) {
     app.add_option(
         "TABLE", call.table,
         "what dorvek-batch or dorvek-table wrote;\nstandard input if none or - is named");
-    return run(app, argc, argv, [&] { average(call); });
+    parse(app, argc, argv);
+    average(call);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

@@ -60,7 +60,7 @@ std::optional<std::string> content_of(const std::string& name) {
 }
 
 bool is_results_file(std::string_view content) {
-    return content.starts_with(first_line);
+    return first_line.starts_with(content.substr(0, first_line.size()));
 }
 
 void for_each_report(const std::string& name, const std::function<void(const FiledReport&)>& use) {

@@ -31,7 +31,7 @@ void for_each_report_of(std::string_view text, const std::string& name,
 // cannot be read.
 [[nodiscard]] std::optional<std::string> content_of(const std::string& name);
 
-// Does this content begin as that of a results file?
+// Does this content begin as that of a results file, which may be cut short there?
 [[nodiscard]] bool is_results_file(std::string_view content);
 
 }  // namespace dorvek::tools

@@ -32,13 +32,18 @@ void write_table(const std::vector<std::string>& files, char separator) {
     write(table);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void program(int argc, char** argv) {
     CLI::App app("Writes the reports of results files (dorvek.res) as one table.", "dorvek-table");
     std::vector<std::string> files;
     bool tabs = false;
-    app.add_option("FILE", files, "results files")->required();
+    app.add_option("FILE", files, "results files; - is standard input")->required();
     app.add_flag("--tsv", tabs, "separate by tabs, and quote nothing");
-    return run(app, argc, argv, [&] { write_table(files, tabs ? '\t' : ','); });
+    parse(app, argc, argv);
+    write_table(files, tabs ? '\t' : ',');
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return run(program, argc, argv);
 }

@@ -64,6 +64,9 @@ for jobs in 1 7; do
 done
 check 'rows in their order' "$(seq -s ' ' 1400)" "$(sed 1d jobs_1 | cut -d , -f 1 | uniq | paste -s -d ' ')"
 check 'the same on seven cores' "$(cksum <jobs_1)" "$(cksum <jobs_7)"
+status=0
+strace -qq -o calls -e inject=clone,clone3:error=EAGAIN "$bin/dorvek-batch" -j 7 good.csv >alone || status=$?
+check 'and on one, where no thread can be started' "0 $(cksum <good)" "$status $(cksum <alone)"
 
 # What is wrong with a row stands in it; what is odd about the data as well.
 echo 'r g n' >text.dat
@@ -110,6 +113,11 @@ check 'odd characters' "$(printf '1,"a\r\n""b""\tc",ok,,500,1,silica_300K.dat,%0
     "$(sed '1d; s/,1\.39000.*//' odd)"
 batch odd >again
 check 'results fed back' "$(head -n 1 odd) 0" "$(head -n 1 again) $status"
+printf 'file,partial,rmin,rmax\ngone,2,1,2\nsilica\0x,2,1,2\n%0300d/x,2,1,2\n' 0 >names.csv
+batch names.csv >out
+check 'names of no file' 'no such file: gone
+Bad file specification: silica
+Cannot open file: File name too long: 000' "$(sed 1d out | cut -d , -f 3 | cut -c 1-41)"
 check 'only headings' 1 "$(head -n 1 good.csv | "$bin/dorvek-batch" | wc -l)"
 
 # Calls and ends.

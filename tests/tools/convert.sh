@@ -96,6 +96,9 @@ EOF
 cat "$silica"/silica_*.dat | "$program" columns --running --step all -o glass 2>/dev/null
 cmp glass-1.dat "$silica/silica_1500K.dat" && cmp glass-2.dat "$silica/silica_300K.dat" || failed=1
 ! "$program" columns --running --step all -o no/glass glass-1.dat 2>/dev/null || fail "no/glass-1.dat"
+strace -qq -o calls -P "$scratch/whole-1.dat" -e inject=openat:signal=TERM "$program" columns \
+    --running --step all -o "$scratch/whole" glass-1.dat 2>/dev/null || : # killed in between
+cmp whole-1.dat glass-1.dat || failed=1
 ! "$program" columns --running glass-1.dat >/dev/full 2>/dev/null || fail "full"
 
 # LAMMPS's own running numbers of silica, whose Si-Si and O-O count one atom less than 512 and 1024.

@@ -1,6 +1,6 @@
 #!/bin/sh
 # session.sh BUILD SESSION...: types what follows "$ " in each SESSION, with the programs of BUILD,
-# in a scratch directory that holds the example and the data of the references. Everything shown,
+# in a scratch directory that holds the data of examples, references and tools. Everything shown,
 # and an exit status other than 0 in brackets, has to stand below it in the SESSION. Lines that
 # begin with # are comments.
 set -u
@@ -28,7 +28,8 @@ failed=0
 for session; do
     rm -rf "$scratch/run"
     mkdir "$scratch/run"
-    cp "$root"/examples/silica/*.dat "$root"/tests/references/*.dat "$scratch/run"
+    cp "$root"/examples/silica/*.dat "$root"/tests/references/*.dat \
+        "$root"/tests/tools/*.csv "$scratch/run"
     (cd "$scratch/run" && show "$session") >"$scratch/shown"
     diff -u "$session" "$scratch/shown" || failed=1
 done

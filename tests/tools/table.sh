@@ -21,6 +21,9 @@ check 'names' " $line| $line| statistics:|\"and \"\"quote\"" \
     "$(sed '1d; s/.*\.dat,//; s/,2,1\..*//' out | head -n 4 | paste -s -d '|')"
 check 'the digits of the report' "$(sed -n 's/^ CN= *\([^ ]*\)  +\/- *\([^ ]*\)/\1,\2/p' one*/dorvek.res three/dorvek.res)" \
     "$(sed '1d; s/.*,2,1\.[34]9000,1\.[678]9000,//' out | cut -d , -f -2)"
+grep ^three out >named
+table - <three/dorvek.res
+check 'standard input' "0 $(cat named)" "$status $(sed '1d; s|^-|three/dorvek.res|' out)"
 table --tsv three/dorvek.res
 check 'tabs, no quotes' "1 2 $silica/silica_1500K.dat and \"quote 2" \
     "$(sed -n 3p out | cut -f 2-6 | tr '\t' ' ')"
