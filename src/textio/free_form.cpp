@@ -1,7 +1,7 @@
 // A real is read in two ways that agree. Nearly every token is a plain decimal: its digits are one
-// integer, scaled by a power of ten in double precision where that provably gives the nearest float.
-// Any other is taken apart into its digits and an exponent and respelled. What scaling cannot tell,
-// std::from_chars does.
+// integer, scaled by a power of ten in double precision where that provably gives the nearest
+// float. Any other is taken apart into its digits and an exponent and respelled. What scaling
+// cannot tell, std::from_chars does.
 
 #include "textio/free_form.hpp"
 

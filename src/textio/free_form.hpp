@@ -21,8 +21,9 @@ struct ScanState {
     bool separator_due = false;  // the last thing taken was a value: a comma now only ends it
 };
 
-// Takes values from `line`, which ends in a line feed, for targets[state.filled ..] and then `surplus` values more, which are
-// read and dropped. Tokens stand apart by blanks, or by one comma with any blanks around it.
+// Takes values from `line`, which ends in a line feed, for targets[state.filled ..] and then
+// `surplus` values more, which are read and dropped. Tokens stand apart by blanks, or by one comma
+// with any blanks around it.
 //   ,,     a null value: its target keeps the value that it had
 //   /      ends the read; the targets left keep their values. It may touch a token: "1.5/"
 //   r*v    gives v to r consecutive targets; r is 1 or more, digits only

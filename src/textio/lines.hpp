@@ -56,9 +56,9 @@ void attach(Input& input, int fd);
 // file closes input.fd.
 [[nodiscard]] Status open_file(Input& input, std::string_view name, int flags);
 
-// Takes the next line, its line feed included, carriage returns dropped and tabs expanded to blanks.
-// `line` is valid until the next call. A last line without a line feed counts as the end of input;
-// a line that memory cannot hold is one that the system could not read.
+// Takes the next line, its line feed included, carriage returns dropped and tabs expanded to
+// blanks. `line` is valid until the next call. A last line without a line feed counts as the end of
+// input; a line that memory cannot hold is one that the system could not read.
 [[nodiscard]] Status take_line(Input& input, std::string_view& line);
 
 // Takes the line taken last back, to be taken once more.
