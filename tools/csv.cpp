@@ -52,7 +52,7 @@ template <typename Number>
 std::optional<Number> number_of(std::string_view cell) {
     const std::size_t first = std::min(cell.find_first_not_of(' '), cell.size());
     const std::string_view token = cell.substr(first, cell.find_last_not_of(' ') + 1 - first);
-    if (token.empty() || token.find_first_of(" ,/*") != std::string_view::npos) return {};
+    if (token.empty() || token.find_first_of(" ,/*\n") != std::string_view::npos) return {};
     Number number{};
     textio::ScanState state;
     const std::string line = std::string(token) + '\n';

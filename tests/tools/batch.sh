@@ -104,6 +104,9 @@ check 'what is wrong, and what is odd' "$(cat "$source/tests/tools/batch_message
     "$(sed -n 's/^\([a-z0-9]*\),\(ok\|failed\),\(".*"\|[^,]*\),.*/\1: \2 \3/p' bad | cut -c 1-200)"
 check 'status and count' '1 dorvek-batch: 19 rows, 14 failed' "$status $(cat errors)"
 check 'as many fields everywhere' 39 "$(sed 's/"[^"]*"//g' bad | awk -F , '{ print NF }' | uniq)"
+printf 'file,partial,rmin,rmax\nsilica_300K.dat,2,1.4,"1.9\n1.8"\n' >feed.csv
+batch feed.csv >feed
+check 'a number on two lines' '1,failed,"rmax is no number: 1.9' "$(sed -n 2p feed)"
 check 'no data file is created' 'gone*' "$(echo gone*)"
 
 # Tables in other clothes.
