@@ -155,7 +155,7 @@ constexpr std::array<double, 23> exact_power{1e0,  1e1,  1e2,  1e3,  1e4,  1e5, 
 // neither subnormal nor infinite: but for 0, the values go from 1e-22 to below 1e38.
 bool scale(std::uint64_t digits, std::int64_t exponent, float& value) {
     if (exponent < -22 || exponent > 19) return false;
-    const double whole = static_cast<double>(digits);
+    const auto whole = static_cast<double>(digits);
     const double real = exponent < 0 ? whole / exact_power[static_cast<std::size_t>(-exponent)]
                                      : whole * exact_power[static_cast<std::size_t>(exponent)];
     constexpr std::uint64_t midway = 1U << 28U;
