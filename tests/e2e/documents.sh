@@ -28,12 +28,16 @@ failed=0
 
 blocks() {
     case $1 in
-    *.md) awk '/^```/ { inside = $0 == "```console"; next } inside' "$1" ;;
+    *.md) awk '/^```./ && !/console$|python$/ { print "$ false", $0 }
+            /^```/ { inside = $0 == "```console"; next }
+            inside' "$1" ;;
     *) awk '/^\.Sh / { examples = $2 == "EXAMPLES" }
             /^\.Ed/ { inside = 0 }
             inside == 1 { inside = /^\$ / ? 2 : 0 }
+            inside == 0 && begins && !/^rule all:/ { print "$ false", $0 }
+            { begins = 0 }
             inside
-            examples && /^\.Bd -literal/ { inside = 1 }' "$1" |
+            examples && /^\.Bd -literal/ { inside = begins = 1 }' "$1" |
         sed 's/\\(aq/'"'"'/g; s/\\(oA/Å/g; s/\\(ha/^/g; s/\\-/-/g; s/\\&//g; s/\\e/\\/g' ;;
     esac
 }
@@ -53,12 +57,17 @@ replay() {
     blocks "$1" | awk -v steps="$scratch/steps/" '
         goes_on || /^\$ / {
             if (!goes_on) step = steps sprintf("%03d", ++n)
+            dialogue = /^\$ dorvek$/
             print (goes_on ? $0 : substr($0, 3)) >(step ".command")
             goes_on = /\\$/
             next
         }
-        /^> / { print substr($0, 3) >(step ".typed"); next }
-        { print >(step ".shown") }'
+        /^> / {
+            print substr($0, 3) >(step ".typed")
+            if (dialogue && previous !~ /[:?]$/) print "no question:", $0 >(step ".shown")
+        }
+        !/^> / { print >(step ".shown") }
+        { previous = $0 }'
     for command in "$scratch"/steps/*.command; do
         step=${command%.command}
         touch "$step.typed" "$step.shown"
@@ -69,7 +78,7 @@ replay() {
         sed -i '/^ *$/d' "$step.got" "$step.shown"
         lines=$(($(wc -l <"$step.shown") - 1))
         case $(sed -n '1p;$p' "$step.shown") in
-        ...*) { echo ... && tail -n "$lines" "$step.got"; } ;;
+        ...*) [ "$lines" -eq 0 ] || { echo ... && tail -n "$lines" "$step.got"; } ;;
         *...) { head -n "$lines" "$step.got" && echo ...; } ;;
         *) cat "$step.got" ;;
         esac | diff -uZ "$step.shown" - || { cat "$command" && failed=1; }
@@ -96,10 +105,11 @@ done
 cd "$source"
 version=$("$build/dorvek-batch" --version)
 stale=$(
+    exec 2>&1
     grep -LFx ".Os dorvek $version" doc/*.1
     grep -LFx "version: $version" CITATION.cff
+    grep -LFx "date-released: $(sed -n "s/^## $version - //p" CHANGELOG.md)" CITATION.cff
     grep -LF "\`dorvek $version\`" README.md
-    grep -L "^## $version - " CHANGELOG.md
 ) || :
 [ -z "$stale" ] || { echo "not of version $version: $stale" && failed=1; }
 exit "$failed"
