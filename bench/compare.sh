@@ -15,8 +15,8 @@ trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"
 dorvek=$root/build/release/dorvek
 batch=$root/build/companions/dorvek-batch
-limit=$scratch/limit
-for program in limit side_by_side; do # as the release is built
+loop=$scratch/loop
+for program in loop side_by_side; do # as the release is built
     g++ -std=c++20 -O3 -DNDEBUG -static -o "$program" "$root/bench/$program.cpp"
 done
 
@@ -38,8 +38,8 @@ data() {
     }'
 }
 
-# timed NAME ROUNDS COMMAND LIMIT: one line of the table; side_by_side.cpp says what a command is.
-# counted NAME ROUNDS COMMAND LIMIT: the same with instructions.
+# timed NAME ROUNDS COMMAND LOOP: one line of the table; side_by_side.cpp says what a command is.
+# counted NAME ROUNDS COMMAND LOOP: the same with instructions.
 timed() {
     echo "| $1 | ${5-| |} | $(./side_by_side "$2" "$3" "$4") |"
 }
@@ -76,17 +76,17 @@ echo "$(date +%F):$(sed -n 's/^model name.*://p;T;q' /proc/cpuinfo), $(nproc) co
     "Debian $(cat /etc/debian_version), g++ $(g++ -dumpfullversion)," \
     "load average $(cut -d ' ' -f 1 /proc/loadavg)"
 echo
-echo "| work | Minstr | limit | ratio | ms | limit | ratio | peak KB | limit |"
+echo "| work | Minstr | loop | ratio | ms | loop | ratio | peak KB | loop |"
 echo "|---|---|---|---|---|---|---|---|---|"
-counted "two files, %12.6f" 31 "f.typed $dorvek" "/dev/null $limit 1 f1 f2"
-counted "two files, %.6E" 31 "e.typed $dorvek" "/dev/null $limit 1 e1 e2"
-counted "one file, 400 x 3, 2000 times" 2000 "small.typed $dorvek" "/dev/null $limit 1 small@"
-counted "2000 such files, one core" 9 "/dev/null $batch -j 1 2000.csv" "/dev/null $limit 1 $small"
-timed "2000 such files, all cores" 9 "/dev/null $batch 2000.csv" "/dev/null $limit 1 $small"
-timed "2000 such files, one dorvek each" 3 "one_by_one /bin/sh" "/dev/null $limit 1 $small"
-timed "1000 such files, all cores" 9 "/dev/null $batch 1000.csv" "/dev/null $limit 1 ${small% small1001 *}"
-timed "10000 such files, all cores" 5 "/dev/null $batch 10000.csv" "/dev/null $limit 5 $small"
-timed "100000 such files, all cores" 3 "/dev/null $batch 100000.csv" "/dev/null $limit 50 $small"
+counted "two files, %12.6f" 31 "f.typed $dorvek" "/dev/null $loop 1 f1 f2"
+counted "two files, %.6E" 31 "e.typed $dorvek" "/dev/null $loop 1 e1 e2"
+counted "one file, 400 x 3, 2000 times" 2000 "small.typed $dorvek" "/dev/null $loop 1 small@"
+counted "2000 such files, one core" 9 "/dev/null $batch -j 1 2000.csv" "/dev/null $loop 1 $small"
+timed "2000 such files, all cores" 9 "/dev/null $batch 2000.csv" "/dev/null $loop 1 $small"
+timed "2000 such files, one dorvek each" 3 "one_by_one /bin/sh" "/dev/null $loop 1 $small"
+timed "1000 such files, all cores" 9 "/dev/null $batch 1000.csv" "/dev/null $loop 1 ${small% small1001 *}"
+timed "10000 such files, all cores" 5 "/dev/null $batch 10000.csv" "/dev/null $loop 5 $small"
+timed "100000 such files, all cores" 3 "/dev/null $batch 100000.csv" "/dev/null $loop 50 $small"
 # Reading alone, not the start of the interpreter.
 /usr/bin/python3 - <<'END'
 import time, numpy, pandas

@@ -1,4 +1,4 @@
-// side_by_side ROUNDS COMMAND LIMIT: runs two whole processes by turns and prints the median wall
+// side_by_side ROUNDS COMMAND OTHER: runs two whole processes by turns and prints the median wall
 // time of either in milliseconds, the ratio of these times, and the largest peak memory of either
 // in kilobytes, as cells of a table.
 //
@@ -80,7 +80,7 @@ double median(std::vector<double>& values) {
 int main(int argc, char** argv) {
     const int rounds = argc > 2 ? std::atoi(argv[1]) : 0;
     if (rounds < 1 || argc != 4) {
-        std::fputs("usage: side_by_side ROUNDS COMMAND LIMIT\n", stderr);
+        std::fputs("usage: side_by_side ROUNDS COMMAND OTHER\n", stderr);
         return 2;
     }
     std::array<Measured, 2> measured;
@@ -90,7 +90,7 @@ int main(int argc, char** argv) {
         }
     }
     const double ms = median(measured[0].milliseconds);
-    const double limit = median(measured[1].milliseconds);
-    std::printf("%.2f | %.2f | %.2f | %ld | %ld", ms, limit, ms / limit, measured[0].kilobytes,
+    const double other = median(measured[1].milliseconds);
+    std::printf("%.2f | %.2f | %.2f | %ld | %ld", ms, other, ms / other, measured[0].kilobytes,
                 measured[1].kilobytes);
 }

@@ -1,4 +1,4 @@
-// limit TIMES FILE...: reads the numbers of each file so many times into fixed storage by a bare
+// loop TIMES FILE...: reads the numbers of each file so many times into fixed storage by a bare
 // loop of std::from_chars and does nothing else: no lines, no checks, no null values.
 
 #include <fcntl.h>
