@@ -37,8 +37,9 @@ columns --density $rho|+1.0D1,+1\n.2+2 1.e+0,\n3E1,1-0,,\n|0|+1.0D1 +1 1000\n.2+
 columns --density $rho|0.3 3\n0.6 0\n1.0 0\n1.3 0\n|0|0.3 3 0.09\n0.6 0 0.09\n1.0 0 0.09\n1.3 0 0.09\n|
 columns --running|r g n g n\n.5 1 2 3 4\n.6 5 6 7 8\n|0|.5 1 2 3 4\n.6 5 6 7 8\n|
 columns --running --use 4|.5 1 2 3 4\n.6 5 6 7 8\n|0|.5 3 4\n.6 7 8\n|
-columns --running|.5 1 2 3\n.6 5 6 7\n|1||4 columns are not r, and g and n
-columns --running|r\n.5\n.6\n|1||1 columns
+columns --running|.5 1 2 3\n.6 5 6 7\n|1||4 columns are not r, and g and n of each partial
+columns --density 1|r\n.5\n.6\n|1||1 columns are not r, and g of each partial
+columns --running|2$(printf ' 1%.0s' $(seq 22))\n3$(printf ' 1%.0s' $(seq 22))\n|0|2$(printf ' 1%.0s' $(seq 22))\n3$(printf ' 1%.0s' $(seq 22))\n|11 partials: dorvek takes the first 10
 columns --running|2 1 2\n4 3 4\n2 5 6\n4 7 8\n|0|2 5 6\n4 7 8\n|2 blocks
 columns --running|2 1 2\n4 3 4\n# next\n2 5 6\n4 7 8|0|2 1 2\n4 3 4\n|cut short
 columns --running|2 1 2\n4 3 4\n2 5 6\n|0|2 1 2\n4 3 4\n|cut short
@@ -52,6 +53,7 @@ columns --running --step mean|2 1 2\n4 3 4\n2 1 2\n5 3 4\n|1||block 2 has anothe
 columns --running --step mean|2 1 2\n4 3 4\n2 1 2\n4 3 4\n6 3 4\n|1||block 2 has another grid
 columns --density 1|2 1\n4 nan\n|1||line 2: column 2 is no number
 columns --density 1|2 1\n-Inf 1\n|1||line 2: column 1 is no number
+columns --density 1|2 1\nInfinity 1\n|1||line 2: column 1 is no number
 columns --density 1|2 1\n4 1e39\n|1||line 2: column 2 is no number
 columns --density 1|r;g\n2 0x1\n|1||line 2: column 2 is no number
 columns --density 1|2 1\n4 2*1\n|1||line 2: column 2 is no number
@@ -65,6 +67,8 @@ columns --density 1|heading\n|1||no whole block
 columns --density 1e38|2 1\n4 1\n|1||too large
 columns --density 1|,r,g\n0,.1,0\n1,.2,0\n2,.3,1\n|1||only counts rows
 columns --density 1 --use 3|1 .01 0\n2 .03 0\n3 .05 1\n4 .01 0\n5 .03 0\n6 .05 1\n|1||only counts rows
+columns --density $rho|0 0\n.5 1\n1 2\n|0|0 0 0\n.5 1 0.125\n1 2 1.125\n|
+columns --density 1|0 .1\n1 .2\n2 .3\n|1||only counts rows
 columns --density $rho|1 0\n2 1\n3 2\n4 1\n|0|1 0 0\n2 1 4\n3 2 22\n4 1 38\n|
 columns|2 1\n4 1\n|2||--density
 columns --density 1 --running|2 1 1\n4 1 1\n|2||--density
@@ -99,6 +103,9 @@ cmp glass-1.dat "$silica/silica_1500K.dat" && cmp glass-2.dat "$silica/silica_30
 strace -qq -o calls -P "$scratch/whole-1.dat" -e inject=openat:signal=TERM "$program" columns \
     --running --step all -o "$scratch/whole" glass-1.dat 2>/dev/null || : # killed in between
 cmp whole-1.dat glass-1.dat || failed=1
+! strace -qq -o calls -P "$scratch/cut-1.dat" -e inject=write:error=ENOSPC "$program" columns \
+    --running --step all -o "$scratch/cut" glass-1.dat 2>/dev/null || fail "no space"
+[ ! -e cut-1.dat ] || fail "a file cut short"
 ! "$program" columns --running glass-1.dat >/dev/full 2>/dev/null || fail "full"
 
 # LAMMPS's own running numbers of silica, whose Si-Si and O-O count one atom less than 512 and 1024.
