@@ -27,7 +27,7 @@ dialogue() {
 cat >good.csv <<'END'
 T,file,partial,partials,rmin,rmax,name,constraints,file2,partial2,partials2,name2,constraints2
 300,silica_300K.dat,2,,1.4,2.2,first
-300,silica_300K.dat,3,3,2.3,3.2,first
+300, silica_300K.dat ,3,3,2.3,3.2,first
 ,silica_300K.dat,2.0,3.,1.4,2.2,x,1,silica_1500K.dat,2,,"""y"", z",2
 ,different_grids/a.dat,1,,0,9,,,different_grids/b.dat,1
 ,different_grids/a.dat,1,,2,6,4,,different_grids/b.dat,1,,4
@@ -75,6 +75,7 @@ printf '%s\n' '0.1 1' '1' '0.2 2' '3' '0.3 1 4 9 9' >wrapped.dat
 printf '%s\n' '1 1 0' '2 2 2' '3 1 4' '2.5 1 5' >turning.dat
 printf '%s\n' '1 1 0' '2 2 2' '3 1 4' '7 1 5' '8 0 5' >gap.dat
 printf '%s\n' '1 1 0 1' '2 2 2 1' >even.dat
+printf '%s 20*1\n' 1 2 3 >ten.dat
 seq 10001 | sed 's/$/ 1 1/' >many.dat
 sed 's/$/ 18*1 4*2/' wrapped.dat | tail -n 1 >twelve.dat
 tr ' ' '\t' >bad.csv <<'END'
@@ -89,24 +90,29 @@ empty silica_300K.dat 2  20 30
 zero silica_300K.dat 2  0.2 0.9
 beyond silica_300K.dat 4  1.4 2.2
 comma silica_300K.dat 2  1.4 1,9
-slash silica_300K.dat 2  1.4 1.9/
+slash silica_300K.dat 2  1.4/ 1.9
 half silica_300K.dat 2.5  1.4 1.9
+nameless  1  0 9
 none silica_300K.dat   1.4 1.9
 long silica_300K.dat 2  1.4 1.9  even.dat  more
 wrapped wrapped.dat 1 1 0 9
 turning turning.dat 1  0 9
 gap gap.dat 1  0 9
+ten ten.dat 10  0 9
 many many.dat 1  9 99
 twelve silica_300K.dat 2 12 0.1 9
 END
 batch bad.csv >bad
 check 'what is wrong, and what is odd' "$(cat "$source/tests/tools/batch_messages.txt")" \
     "$(sed -n 's/^\([a-z0-9]*\),\(ok\|failed\),\(".*"\|[^,]*\),.*/\1: \2 \3/p' bad | cut -c 1-200)"
-check 'status and count' '1 dorvek-batch: 19 rows, 14 failed' "$status $(cat errors)"
+check 'status and count' '1 dorvek-batch: 21 rows, 15 failed' "$status $(cat errors)"
 check 'as many fields everywhere' 39 "$(sed 's/"[^"]*"//g' bad | awk -F , '{ print NF }' | uniq)"
 printf 'file,partial,rmin,rmax\nsilica_300K.dat,2,1.4,"1.9\n1.8"\n' >feed.csv
 batch feed.csv >feed
 check 'a number on two lines' '1,failed,"rmax is no number: 1.9' "$(sed -n 2p feed)"
+printf 'file,partial,rmin,rmax\na.dat,1,0,9\n%s/gap.dat,1,0,9\n' "$PWD" >two_bins/beside.csv
+batch two_bins/beside.csv >/dev/null
+check 'files beside the table, and elsewhere' 0 "$status"
 check 'no data file is created' 'gone*' "$(echo gone*)"
 
 # Tables in other clothes.
@@ -140,6 +146,13 @@ for stream in '>/dev/full' '>&-'; do
     eval "\"\$bin/dorvek-batch\" good.csv 2>errors $stream" || status=$?
     check "standard output $stream" '1 dorvek-batch: cannot write' "$status $(sed 's/: [^:]*$//' errors)"
 done
+# A cell that memory cannot hold. The address sanitizer takes more than any limit leaves.
+small="ulimit -v 30000; exec '$bin/dorvek-batch'"
+if sh -c "$small --version" >out 2>&1; then
+    status=0
+    head -c 30000000 /dev/zero | sh -c "$small" >out 2>errors || status=$?
+    check 'a cell too large' '1 dorvek-batch: not enough memory' "$status $(cat out errors)"
+fi
 { "$bin/dorvek-batch" good.csv 2>errors || :; } | :
 check 'a reader that goes away' '' "$(cat errors)"
 exit "$failed"
