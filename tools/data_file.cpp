@@ -78,4 +78,12 @@ std::vector<std::string> load_pdf(const std::string& name, std::optional<std::in
     return said;
 }
 
+Partial partial_of(const input::PdfSet& set, std::int32_t number, const std::string& name) {
+    if (!holds_partial(set, number)) {
+        throw BadFile(name + ": there is no partial " + std::to_string(number));
+    }
+    const auto& g = set.g[static_cast<std::size_t>(number - 1)];
+    return {.r = input::first_bins(set.r, set.nbins), .g = input::first_bins(g, set.nbins)};
+}
+
 }  // namespace dorvek::tools

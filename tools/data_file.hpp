@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -22,5 +23,16 @@ struct BadFile : Failure {
 // not even. Throws BadFile.
 std::vector<std::string> load_pdf(const std::string& name, std::optional<std::int32_t> partials,
                                   input::PdfSet& set);
+
+// One partial of a set, whose columns it looks at.
+struct Partial {
+    std::span<const float> r;
+    std::span<const float> g;
+};
+
+// The partial `number`, counted from 1, of a set that was read from the file `name`. Throws BadFile
+// if there is none.
+[[nodiscard]] Partial partial_of(const input::PdfSet& set, std::int32_t number,
+                                 const std::string& name);
 
 }  // namespace dorvek::tools

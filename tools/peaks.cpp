@@ -109,15 +109,10 @@ Sample load(const Call& call, const Template& pattern, const std::string& file) 
         sample.cells = *cells;
     }
     for (const std::string& what : load_pdf(file, call.partials, *set)) tell(says + what);
-    if (!holds_partial(*set, call.partial)) {
-        throw BadFile(says + "there is no partial " + std::to_string(call.partial));
-    }
-    const auto r = input::first_bins(set->r, set->nbins);
-    const auto g =
-        input::first_bins(set->g[static_cast<std::size_t>(call.partial - 1)], set->nbins);
+    const Partial partial = partial_of(*set, call.partial, file);
     sample.partials = set->npdfs;
-    sample.r.assign(r.begin(), r.end());
-    sample.g.assign(g.begin(), g.end());
+    sample.r.assign(partial.r.begin(), partial.r.end());
+    sample.g.assign(partial.g.begin(), partial.g.end());
     return sample;
 }
 
