@@ -5,7 +5,6 @@ python3-scipy), and noisy.dat, which some of the calls read.
 
 Numbers are what the program holds: nearest floats. Midpoints of these grids have few decimals.
 """
-from itertools import product
 from pathlib import Path
 
 import numpy as np
@@ -48,11 +47,23 @@ def table(file, partial, prominence=0.3, smooth=0.02, bounds="0:99"):
         print(f"{file[:-4]}-{partial}-{k}", file, 3, partial, *cells, sep=",")
 
 
-options = {}, {"smooth": 0}, {"prominence": 0.1, "smooth": 0.05}, {"bounds": "2.41:6"}
-for file in ("silica_300K.dat", "silica_1500K.dat", "noisy.dat"):
-    for partial, chosen in product((1, 2, 3), options):
-        words = "".join(f"--{name} {value} " for name, value in chosen.items())
-        call = f"--partial {partial} {words.replace('bounds', 'range')}{file}"
-        print(f"$ dorvek-peaks {call} | cut -d , -f -8")
-        print("id,file,partials,partial,rmin,rmax,mode,height")
-        table(file, partial, **chosen)
+SMOOTH = {"prominence": 0.1, "smooth": 0.05}
+for file, partial, options in (
+    ("silica_300K.dat", 1, {}),
+    ("silica_300K.dat", 2, {"smooth": 0}),
+    ("silica_300K.dat", 3, SMOOTH),
+    ("silica_1500K.dat", 2, {"bounds": "2.41:6"}),
+    ("silica_1500K.dat", 3, {}),
+    ("noisy.dat", 1, {}),
+    ("noisy.dat", 1, SMOOTH),
+    ("noisy.dat", 2, {"smooth": 0}),
+    ("noisy.dat", 2, {"bounds": "2.41:6"}),
+    ("noisy.dat", 3, {}),
+    ("noisy.dat", 3, SMOOTH),
+    ("noisy.dat", 3, {"bounds": "2.41:6"}),
+):
+    words = "".join(f"--{name} {value} " for name, value in options.items())
+    call = f"--partial {partial} {words.replace('bounds', 'range')}{file}"
+    print(f"$ dorvek-peaks {call} | cut -d , -f -8")
+    print("id,file,partials,partial,rmin,rmax,mode,height")
+    table(file, partial, **options)
