@@ -247,11 +247,9 @@ Columns columns_of(const TableReader& table, Row& headings) {
                     .rmin = table.column("rmin"),
                     .rmax = table.column("rmax"),
                     .headings = table.headings().size()};
-    Row own{"id", "rmin", "rmax", "status", "message", "bins"};
     for (std::size_t s = 0; s < columns.samples.size(); ++s) {
         const auto column = [&](std::string name) {
             if (s > 0) name += std::to_string(s + 1);
-            own.push_back(name);
             return table.column(name);
         };
         columns.samples[s] = {.file = column("file"),
@@ -271,17 +269,19 @@ Columns columns_of(const TableReader& table, Row& headings) {
     need(columns.rmin, "rmin");
     need(columns.rmax, "rmax");
 
-    const Row results = result_headings();
-    own.insert(own.end(), results.begin(), results.end());
+    const Row read = window_headings();
+    const Row written = batch_headings();
+    const auto among = [](const Row& row, const std::string& heading) {
+        return std::ranges::find(row, heading) != row.end();
+    };
     headings = {"id"};
     for (std::size_t i = 0; i < table.headings().size(); ++i) {
         const std::string& heading = table.headings()[i];
-        if (std::ranges::find(own, heading) != own.end()) continue;
+        if (among(read, heading) || among(written, heading)) continue;
         columns.passed.push_back(i);
         headings.push_back(heading);
     }
-    headings.insert(headings.end(), {"status", "message", "bins"});
-    headings.insert(headings.end(), results.begin(), results.end());
+    headings.insert(headings.end(), written.begin(), written.end());
     return columns;
 }
 

@@ -42,6 +42,18 @@ Row result_headings() {
     return row;
 }
 
+Row window_headings() {
+    return {"id",          "file",  "partials",  "partial",  "rmin",  "rmax",        "name",
+            "constraints", "file2", "partials2", "partial2", "name2", "constraints2"};
+}
+
+Row batch_headings() {
+    Row row{"status", "message", "bins"};
+    const Row results = result_headings();
+    row.insert(row.end(), results.begin(), results.end());
+    return row;
+}
+
 void append_result(Row& row, const driver::Report& report, std::size_t s, std::string_view file) {
     const driver::SampleName& sname = report.snames[s];
     const std::string_view name(sname.data(), sname.size());
