@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "failure.hpp"
 #include "input/pdf_set.hpp"
-#include "program.hpp"
 
 namespace dorvek::tools {
 

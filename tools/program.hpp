@@ -2,21 +2,12 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "failure.hpp"
+
 namespace dorvek::tools {
-
-// A wrong call; nothing has been done. Exit status 2.
-struct WrongCall : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-// Something that cannot be done, and nothing beyond it. Exit status 1.
-struct Failure : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 // Says on standard error what could not be done, while the rest goes on. Exit status 1.
 void complain(const std::string& what);
