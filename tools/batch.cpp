@@ -21,6 +21,7 @@
 
 #include "csv.hpp"
 #include "data_file.hpp"
+#include "doubts.hpp"
 #include "driver/analyse_window.hpp"
 #include "driver/report.hpp"
 #include "input/conbin.hpp"
@@ -180,15 +181,7 @@ void analyse(const Columns& columns, const Task& task, std::span<input::PdfSet> 
         case driver::Found::peak:
             break;
     }
-    const dorvek::stats::Messages& messages = report.found.messages;
-    for (std::size_t i = 0; i < messages.count; ++i) {
-        const std::string_view text = messages.text[i];
-        outcome.said.push_back(text == " " ? "pause without a message"
-                                           : "pause: " + std::string(text));
-    }
-    if (report.nsamp == 2 && report.found.comparison.distribution.doff <= 0.0f) {
-        outcome.said.emplace_back("the chi-square test has no degrees of freedom");
-    }
+    add_doubts(sets, report.ipdf, report.found, outcome.said);
 }
 
 std::string joined(const std::vector<std::string>& texts) {

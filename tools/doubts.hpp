@@ -1,0 +1,19 @@
+// What a reader of the numbers has to know beside them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "driver/analyse_window.hpp"
+#include "input/pdf_set.hpp"
+
+namespace dorvek::tools {
+
+// Adds what is to be said of a window that was found to hold a peak: each pause that the dialogue
+// would make, and what it would not say. The arguments are those of analyse_window.
+void add_doubts(std::span<const input::PdfSet> sets, std::span<const std::int32_t> ipdf,
+                const driver::Analysis& analysis, std::vector<std::string>& said);
+
+}  // namespace dorvek::tools
