@@ -27,12 +27,14 @@
 #include "input/conbin.hpp"
 #include "program.hpp"
 #include "results.hpp"
+#include "textio/lines.hpp"
 
 namespace {
 
 using namespace dorvek::tools;
 namespace driver = dorvek::driver;
 namespace input = dorvek::input;
+using dorvek::textio::trimmed;
 
 constexpr std::size_t rows_per_block = 1024;
 
@@ -281,7 +283,7 @@ Columns columns_of(const TableReader& table, Row& headings) {
 // The file of a sample: one of those used just before, if it is the same.
 std::shared_ptr<DataFile> file_of(const std::string& folder, const SampleColumns& at,
                                   const Row& row, std::span<const std::shared_ptr<DataFile>> used) {
-    const std::string name = trimmed(cell_of(row, at.file));
+    const std::string name(trimmed(cell_of(row, at.file)));
     const std::string partials(cell_of(row, at.partials));
     const std::string path = name.empty() || name.starts_with('/') ? name : folder + name;
     for (const auto& file : used) {

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "csv.hpp"
+#include "grid.hpp"
 #include "input/pdf_set.hpp"
 #include "program.hpp"
 #include "textio/lines.hpp"
@@ -110,17 +111,12 @@ void require(textio::Status status, const Lines& lines) {
 
 bool take_line(Lines& lines, std::string_view& line) {
     textio::Input& input = lines.input;
-    const textio::Status status = textio::take_line(input, line);
-    if (status == textio::Status::end_of_input) {
-        if (input.begin == input.end) return false;
-        line = {input.block.bytes.get() + input.begin, input.end - input.begin};
-        input.begin = input.end;
-        ++input.line_number;
-        lines.unterminated = true;
-    } else {
-        require(status, lines);
-        line.remove_suffix(1);
-    }
+    textio::Status status = textio::take_line(input, line);
+    lines.unterminated = status == textio::Status::end_of_input;
+    if (lines.unterminated) status = take_last_line(input, line);
+    if (status == textio::Status::end_of_input) return false;
+    require(status, lines);
+    if (!lines.unterminated) line.remove_suffix(1);
     if (input.line_number == 1 && line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
     return true;
 }
@@ -240,19 +236,6 @@ void read_columns(Lines& lines, const TakeBlock& take) {
     if (!block.empty()) take(std::move(block));
 }
 
-// The first bin that is out of step where a column ascends evenly; bins.size() if none is. Printed
-// grids are rounded: half a step is more than that, and less than a missing bin makes.
-std::size_t out_of_step(std::span<const Bin> bins, std::size_t column) {
-    const auto at = [&](std::size_t i) { return bins[i][column].value; };
-    const double step = (at(bins.size() - 1) - at(0)) / static_cast<double>(bins.size() - 1);
-    for (std::size_t i = 1; i < bins.size(); ++i) {
-        const double drift = at(i) - at(0) - static_cast<double>(i) * step;
-        const double jump = at(i) - at(i - 1) - step;
-        if (std::max(std::abs(drift), std::abs(jump)) >= step / 2) return i;
-    }
-    return bins.size();
-}
-
 // Do the rows only have their numbers where r should be? The second column then ascends in even
 // steps, and over again if the rows are counted through several blocks.
 bool counts_rows(const Block& block) {
@@ -264,7 +247,7 @@ bool counts_rows(const Block& block) {
     std::size_t end = 1;
     while (end < block.size() && block[end][1].value > block[end - 1][1].value) ++end;
     if (end < 3 || (end < block.size() && block[end][1].value != block[0][1].value)) return false;
-    return out_of_step(std::span(block).first(end), 1) == end;
+    return out_of_step(end, [&](std::size_t i) { return block[i][1].value; }) == end;
 }
 
 // The columns of g, and those of n behind them if they are in the file, r being 0.
@@ -319,7 +302,9 @@ std::string pdf_of(const Block& block, const Layout& layout) {
     }
     const std::vector<std::size_t> columns = columns_of(layout, block[0].size());
     if (block.size() < 2) throw Failure("fewer than two bins");
-    if (const std::size_t i = out_of_step(block, 0); i < block.size()) {
+    const auto at = [&](std::size_t i) { return block[i][0].value; };
+    const bool ascends = at(block.size() - 1) > at(0);
+    if (const std::size_t i = ascends ? out_of_step(block.size(), at) : 1; i < block.size()) {
         throw Failure("r does not ascend in even steps at " + block[i][0].text);
     }
     tell_limits(block.size(), layout.running ? columns.size() / 2 : columns.size());
@@ -397,6 +382,7 @@ Layout layout_of(const Call& call) {
 // Calls take(block) for each whole block of the file.
 void read_blocks(const Call& call, const TakeBlock& take) {
     Lines lines{call.file == "-" ? "standard input" : call.file, {}, false};
+    lines.input.limit = textio::longest_line;
     if (call.file == "-") {
         attach(lines.input, STDIN_FILENO);
     } else {

@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstring>
+#include <functional>
 
+#include "grid.hpp"
 #include "input/pdf_file.hpp"
 
 namespace dorvek::tools {
@@ -30,21 +32,12 @@ std::int32_t partials_of(textio::Input& file, const std::string& name) {
                   " numbers on the first line are not r and two for each partial");
 }
 
-// Grids are printed with few digits, so a bin may lie off its place; half a step is more than that.
 void examine_grid(const input::PdfSet& set, std::vector<std::string>& said) {
     const auto r = input::first_bins(set.r, set.nbins);
-    if (r.size() < 2) return;
-    bool ascends = true;
-    bool even = true;
-    const double step =
-        (static_cast<double>(r.back()) - r.front()) / static_cast<double>(r.size() - 1);
-    for (std::size_t i = 0; i < r.size(); ++i) {
-        if (i > 0) ascends = ascends && r[i] > r[i - 1];
-        const double place = r.front() + static_cast<double>(i) * step;
-        even = even && std::abs(r[i] - place) <= 0.5 * std::abs(step);
-    }
+    const bool ascends = std::ranges::adjacent_find(r, std::not_fn(std::less())) == r.end();
     if (!ascends) said.emplace_back("r does not ascend");
-    if (!even) said.emplace_back("r is not evenly spaced");
+    const auto at = [&](std::size_t i) { return static_cast<double>(r[i]); };
+    if (out_of_step(r.size(), at) < r.size()) said.emplace_back("r is not evenly spaced");
 }
 
 }  // namespace
@@ -52,6 +45,7 @@ void examine_grid(const input::PdfSet& set, std::vector<std::string>& said) {
 std::vector<std::string> load_pdf(const std::string& name, std::optional<std::int32_t> partials,
                                   input::PdfSet& set) {
     thread_local textio::Input file;  // its buffers serve one file after another
+    file.limit = textio::longest_line;
     const Status opened = open_file(file, name, O_RDONLY);
     if (opened != Status::ok) {
         std::string what(message_of(opened));

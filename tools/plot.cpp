@@ -34,6 +34,7 @@
 #include "program.hpp"
 #include "results.hpp"
 #include "results_file.hpp"
+#include "textio/lines.hpp"
 
 namespace {
 
@@ -711,7 +712,8 @@ std::vector<Picture> results_in(const std::string& content, const std::string& i
         Picture picture{.number = filed.number, .windows = {report.found.window}, .samples = {}};
         for (std::size_t s = 0; s < filed.files.size(); ++s) {
             const analysis::WindowStats& stats = report.found.stats[s];
-            const std::string name = trimmed({report.snames[s].data(), report.snames[s].size()});
+            const std::string name(
+                textio::trimmed({report.snames[s].data(), report.snames[s].size()}));
             picture.samples.push_back({.number = static_cast<std::int32_t>(s + 1),
                                        .file = beside(input, filed.files[s]),
                                        .name = name.empty() ? filed.files[s] : name,
@@ -758,7 +760,7 @@ std::vector<Picture> table_in(std::string& content, const std::string& input) {
     for (std::size_t n = 1; table.next(row); ++n) {
         if (cell("status") == "failed") continue;
         try {
-            const std::string name = trimmed(cell("name"));
+            const std::string name(textio::trimmed(cell("name")));
             Sample sample{.number = whole_of(cell("sample")).value_or(0),
                           .file = data_file(input, cell("results"), cell("file")),
                           .name = name.empty() ? cell("file") : name,

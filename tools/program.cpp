@@ -1,8 +1,5 @@
 #include "program.hpp"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -12,19 +9,12 @@
 #include <new>
 #include <system_error>
 
+#include "textio/terminal.hpp"
+
 namespace dorvek::tools {
 namespace {
 
 std::atomic<bool> complained{false};
-
-// A stream that the caller has closed must not become a file that is opened later. Put in its place
-// is one that can be neither read from nor written to as the stream would be.
-void open_standard_streams() {
-    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-        const int flags = fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
-        if (::fcntl(fd, F_GETFD) == -1) ::open("/dev/null", flags);  // takes the lowest free one
-    }
-}
 
 int end_with(int status, const char* what, const char* more = "") {
     std::fprintf(stderr, "%s: %s%s\n", program_invocation_short_name, what, more);
@@ -86,7 +76,7 @@ void parse(CLI::App& app, int argc, char** argv) {
 }
 
 int run(void (*companion)(int argc, char** argv), int argc, char** argv) noexcept {
-    open_standard_streams();
+    textio::open_standard_streams(textio::Closed::is_an_error);
     try {
         companion(argc, argv);
         if (std::fflush(stdout) != 0) throw Failure("cannot write" + system_reason());

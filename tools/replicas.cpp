@@ -20,6 +20,7 @@
 #include "csv.hpp"
 #include "program.hpp"
 #include "results.hpp"
+#include "textio/lines.hpp"
 
 namespace {
 
@@ -119,7 +120,7 @@ Difference with_pairs(const Sample& differences) {
 // The number in the cell, if it is one. In double precision, for small differences of six digits
 // are wanted.
 std::optional<double> value_of(const std::string& cell) {
-    const std::string text = trimmed(cell);
+    const std::string_view text = dorvek::textio::trimmed(cell);
     const char* const last = text.data() + text.size();
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), last, value);

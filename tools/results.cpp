@@ -1,9 +1,9 @@
 #include "results.hpp"
 
-#include <algorithm>
 #include <cmath>
 
 #include "textio/format.hpp"
+#include "textio/lines.hpp"
 
 namespace dorvek::tools {
 namespace {
@@ -26,12 +26,7 @@ void for_each_number(std::span<const Line> lines, Use use) {
 std::string text_of(float value) {
     if (std::isnan(value)) return "NaN";
     textio::NumberText text{};
-    return trimmed(textio::format_real(value, text));
-}
-
-std::string trimmed(std::string_view field) {
-    const std::size_t first = std::min(field.find_first_not_of(' '), field.size());
-    return std::string(field.substr(first, field.find_last_not_of(' ') + 1 - first));
+    return std::string(textio::trimmed(textio::format_real(value, text)));
 }
 
 Row result_headings() {

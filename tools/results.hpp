@@ -28,7 +28,4 @@ void append_result(Row& row, const driver::Report& report, std::size_t s, std::s
 // A number with the report's digits; NaN is NaN whatever its sign.
 [[nodiscard]] std::string text_of(float value);
 
-// A field without the blanks that pad it.
-[[nodiscard]] std::string trimmed(std::string_view field);
-
 }  // namespace dorvek::tools

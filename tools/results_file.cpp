@@ -25,7 +25,7 @@ bool take_file_name(std::string_view& text, std::string& name) {
     constexpr std::string_view label = "file: ";
     std::string_view rest = text;
     if (!take(rest, label) || rest.size() < textio::longest_field) return false;
-    name = trimmed(rest.substr(0, textio::longest_field));
+    name = textio::trimmed(rest.substr(0, textio::longest_field));
     rest.remove_prefix(textio::longest_field);
     if (!take(rest, "\n \n")) return false;
     text = rest;

@@ -1,6 +1,5 @@
 // The process: its arguments, signals and standard streams. The dialogue itself is run().
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -13,17 +12,10 @@ namespace textio = dorvek::textio;
 
 constinit dorvek::driver::Run the_run;
 
-// A stream that the caller has closed must not become a file that the run opens.
-void open_standard_streams() {
-    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-        if (::fcntl(fd, F_GETFD) == -1) ::open("/dev/null", O_RDWR);  // takes the lowest free one
-    }
-}
-
 }  // namespace
 
 int main(int argc, char** /*argv*/) {
-    open_standard_streams();
+    textio::open_standard_streams(textio::Closed::is_empty);
     if (argc > 1) {
         textio::Output error{.fd = STDERR_FILENO};
         write_text(error, "usage: dorvek    (no arguments; it asks for what it needs)");

@@ -12,12 +12,6 @@
 namespace dorvek::input {
 namespace {
 
-std::string_view trimmed(std::string_view field) {
-    const std::size_t first = field.find_first_not_of(' ');
-    if (first == std::string_view::npos) return {};
-    return field.substr(first, field.find_last_not_of(' ') - first + 1);
-}
-
 // Opens the file for reading, and creates it empty if it is missing.
 textio::Status open_or_create(textio::Input& file, std::string_view name) {
     const textio::Status status = textio::open_file(file, name, O_RDONLY);
@@ -38,7 +32,7 @@ void inpdf(PdfSet& set, const FileName& fname, textio::Terminal& terminal, texti
         write_line(terminal.out, {"only the first", maxpdf, "pdfs of the file are taken"});
     }
 
-    textio::Place place{.statement = "open", .unit = "15", .file = trimmed(field)};
+    textio::Place place{.statement = "open", .unit = "15", .file = textio::trimmed(field)};
     const textio::Status opened = open_or_create(file, place.file);
     end_unless_ok(terminal.out, place, opened, file.error);
     const PdfReading reading = read_pdf(file, npdfs, set);

@@ -100,6 +100,17 @@ Status refill(Input& input) {
     return count == 0 ? Status::end_of_input : Status::ok;
 }
 
+// Takes as many bytes, which have been read, as a line.
+Status take_bytes(Input& input, std::size_t count, std::string_view& line) {
+    line = {input.block.bytes.get() + input.begin, count};
+    input.previous = input.begin;
+    input.begin += count;
+    const bool rewrite = input.has_controls && (contains(line, '\t') || contains(line, '\r'));
+    if (rewrite && drop_controls(input, line) != Status::ok) return Status::cannot_read;
+    ++input.line_number;
+    return Status::ok;
+}
+
 // `scan` takes values from one line.
 template <typename ScanOne>
 Status read_lines(Input& input, ScanOne scan) {
@@ -122,14 +133,21 @@ Status read_lines(Input& input, ScanOne scan) {
 }  // namespace
 
 std::string_view message_of(Status status) {
-    constexpr std::array<std::string_view, 6> messages{// in the order of the statuses
+    constexpr std::array<std::string_view, 7> messages{// in the order of the statuses
                                                        "",
                                                        "Bad file specification",
                                                        "Cannot open file",
                                                        "Cannot read",
                                                        "Illegal character in numeric input",
-                                                       "Attempt to read past end of file"};
+                                                       "Attempt to read past end of file",
+                                                       "Line too long"};
     return messages[static_cast<std::size_t>(status)];
+}
+
+std::string_view trimmed(std::string_view field) {
+    const std::size_t first = field.find_first_not_of(' ');
+    if (first == std::string_view::npos) return {};
+    return field.substr(first, field.find_last_not_of(' ') - first + 1);
 }
 
 void attach(Input& input, int fd) {
@@ -165,20 +183,19 @@ Status take_line(Input& input, std::string_view& line) {
         const void* const feed = available == searched
                                      ? nullptr
                                      : std::memchr(start + searched, '\n', available - searched);
-        if (feed != nullptr) {
-            const auto length = static_cast<std::size_t>(static_cast<const char*>(feed) - start);
-            line = {start, length + 1};
-            input.previous = input.begin;
-            input.begin += line.size();
-            const bool rewrite =
-                input.has_controls && (contains(line, '\t') || contains(line, '\r'));
-            if (rewrite && drop_controls(input, line) != Status::ok) return Status::cannot_read;
-            ++input.line_number;
-            return Status::ok;
-        }
+        const std::size_t length =
+            feed == nullptr ? available
+                            : static_cast<std::size_t>(static_cast<const char*>(feed) - start);
+        if (input.limit != 0 && length > input.limit) return Status::line_too_long;
+        if (feed != nullptr) return take_bytes(input, length + 1, line);
         searched = available;
         if (const Status status = refill(input); status != Status::ok) return status;
     }
+}
+
+Status take_last_line(Input& input, std::string_view& line) {
+    if (input.begin == input.end) return Status::end_of_input;
+    return take_bytes(input, input.end - input.begin, line);
 }
 
 void put_back_line(Input& input) {

@@ -12,6 +12,9 @@ namespace dorvek::textio {
 // Text fields and file names are at most this long.
 inline constexpr std::size_t longest_field = 256;
 
+// 16 MiB, a limit for those who set one: what holds a longer line is no text.
+inline constexpr std::size_t longest_line = std::size_t{1} << 24U;
+
 // How reading went.
 enum class Status {
     ok,
@@ -20,10 +23,14 @@ enum class Status {
     cannot_read,        // Input::error says why
     illegal_character,  // a token could not be read as a number
     end_of_input,       // no complete line is left
+    line_too_long,      // Input::limit says what is
 };
 
 // What a user is told of it; for `ok`, nothing.
 [[nodiscard]] std::string_view message_of(Status status);
+
+// A field without the blanks at either end.
+[[nodiscard]] std::string_view trimmed(std::string_view field);
 
 // Room for `size` bytes, not set to anything; take_line enlarges it.
 struct Buffer {
@@ -35,6 +42,7 @@ struct Buffer {
 // nothing else grows. It starts as zeros, so that a run's storage takes no room on disk.
 struct Input {
     int fd = 0;
+    std::size_t limit = 0;         // bytes that a line may have, as many as memory holds if 0
     std::size_t tab = 0;           // columns between tab stops
     std::int64_t line_number = 0;  // of the line taken last, counted from 1
     bool continued = false;        // the values read last stood on more than one line
@@ -48,8 +56,8 @@ struct Input {
     Buffer plain;               // the line taken last, if it had to be rewritten
 };
 
-// Starts over on another file; the buffers stay. Tabs go by the environment's TABSIZE, if that is a
-// positive number.
+// Starts over on another file; limit and buffers stay. Tabs go by the environment's TABSIZE, if
+// that is a positive number.
 void attach(Input& input, int fd);
 
 // Opens the named file with these flags of the system's open() and attaches it. Whoever opens a
@@ -60,6 +68,10 @@ void attach(Input& input, int fd);
 // blanks. `line` is valid until the next call. A last line without a line feed counts as the end of
 // input; a line that memory cannot hold is one that the system could not read.
 [[nodiscard]] Status take_line(Input& input, std::string_view& line);
+
+// Takes what stands behind the last line feed, once take_line has met the end of input: as a line,
+// but without a line feed. If nothing stands there, that is still the end of input.
+[[nodiscard]] Status take_last_line(Input& input, std::string_view& line);
 
 // Takes the line taken last back, to be taken once more.
 void put_back_line(Input& input);

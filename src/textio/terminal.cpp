@@ -1,5 +1,8 @@
 #include "textio/terminal.hpp"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "textio/runtime_error.hpp"
@@ -20,6 +23,14 @@ std::string_view next_line(Terminal& terminal, std::string_view statement) {
 }
 
 }  // namespace
+
+void open_standard_streams(Closed closed) {
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+        if (::fcntl(fd, F_GETFD) != -1) continue;
+        const int other_way = fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        ::open("/dev/null", closed == Closed::is_empty ? O_RDWR : other_way);  // the lowest free fd
+    }
+}
 
 void read_integer(Terminal& terminal, std::int32_t& value) {
     flush(terminal.out);

@@ -16,6 +16,14 @@ struct Terminal {
     Output out;
 };
 
+// How a standard stream behaves that the caller has closed: as one that is empty and takes what is
+// written, or as one that can be neither read nor written.
+enum class Closed { is_empty, is_an_error };
+
+// Puts such a stream in the place of each that is closed, so that none becomes a file that is
+// opened later.
+void open_standard_streams(Closed closed);
+
 // Read numbers free-form. A null answer leaves the value that was there.
 void read_integer(Terminal& terminal, std::int32_t& value);
 void read_reals(Terminal& terminal, std::span<float> values);

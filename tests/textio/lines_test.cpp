@@ -16,8 +16,9 @@ namespace dorvek::textio {
 namespace {
 
 // All lines of a file, each without its line feed, and how the last read ended.
-std::vector<std::string> lines_of(std::string_view content, Status& end) {
+std::vector<std::string> lines_of(std::string_view content, Status& end, std::size_t limit = 0) {
     Input input;
+    input.limit = limit;
     attach(input, support::file_holding(content));
     std::vector<std::string> lines;
     std::string_view line;
@@ -86,6 +87,28 @@ TEST(TakeLine, GrowsToAnyLength) {
     }
     Status end{};
     EXPECT_EQ(lines_of(content, end), lines);
+}
+
+TEST(TakeLine, TakesNoLineBeyondALimit) {
+    // The last lines are too long: with their line feed, and as far as they have been read.
+    for (const std::string content : {"\n12345\n123456\n", "\n12345\n123456"}) {
+        Status end{};
+        EXPECT_EQ(lines_of(content, end, 5), (std::vector<std::string>{"", "12345"})) << content;
+        EXPECT_EQ(end, Status::line_too_long);
+    }
+}
+
+TEST(TakeLastLine, TakesWhatNoLineFeedEnds) {
+    Input input;
+    attach(input, support::file_holding("one\ntwo\tends"));
+    std::string_view line;
+    while (take_line(input, line) == Status::ok) {
+    }
+    EXPECT_EQ(take_last_line(input, line), Status::ok);
+    EXPECT_EQ(line, "two     ends");
+    EXPECT_EQ(input.line_number, 2);
+    EXPECT_EQ(take_last_line(input, line), Status::end_of_input);
+    ::close(input.fd);
 }
 
 TEST(ReadValues, SeesNothingOfALongerLineBefore) {

@@ -73,7 +73,8 @@ echo 'r g n' >text.dat
 printf '0.1 0 0\n0.2 1 1 2\n0.3 x 2\n' >third.dat
 printf '%s\n' '0.1 1' '1' '0.2 2' '3' '0.3 1 4 9 9' >wrapped.dat
 printf '%s\n' '1 1 0' '2 2 2' '3 1 4' '2.5 1 5' >turning.dat
-printf '%s\n' '1 1 0' '2 2 2' '3 1 4' '7 1 5' '8 0 5' >gap.dat
+printf '%s 1 1\n' 0 1.4 1.7 3 >jump.dat
+printf '%s 1 1\n' 0 1.3 2.6 3.3 4 >drift.dat
 printf '%s\n' '1 1 0 1' '2 2 2 1' >even.dat
 printf '%s 20*1\n' 1 2 3 >ten.dat
 seq 10001 | sed 's/$/ 1 1/' >many.dat
@@ -97,7 +98,9 @@ none silica_300K.dat   1.4 1.9
 long silica_300K.dat 2  1.4 1.9  even.dat  more
 wrapped wrapped.dat 1 1 0 9
 turning turning.dat 1  0 9
-gap gap.dat 1  0 9
+jump jump.dat 1  0 9
+drift drift.dat 1  0 9
+zeros /dev/zero 1  0 9
 ten ten.dat 10  0 9
 many many.dat 1  9 99
 twelve silica_300K.dat 2 12 0.1 9
@@ -105,12 +108,12 @@ END
 batch bad.csv >bad
 check 'what is wrong, and what is odd' "$(cat "$source/tests/tools/batch_messages.txt")" \
     "$(sed -n 's/^\([a-z0-9]*\),\(ok\|failed\),\(".*"\|[^,]*\),.*/\1: \2 \3/p' bad | cut -c 1-200)"
-check 'status and count' '1 dorvek-batch: 21 rows, 15 failed' "$status $(cat errors)"
+check 'status and count' '1 dorvek-batch: 23 rows, 16 failed' "$status $(cat errors)"
 check 'as many fields everywhere' 39 "$(sed 's/"[^"]*"//g' bad | awk -F , '{ print NF }' | uniq)"
 printf 'file,partial,rmin,rmax\nsilica_300K.dat,2,1.4,"1.9\n1.8"\n' >feed.csv
 batch feed.csv >feed
 check 'a number on two lines' '1,failed,"rmax is no number: 1.9' "$(sed -n 2p feed)"
-printf 'file,partial,rmin,rmax\na.dat,1,0,9\n%s/gap.dat,1,0,9\n' "$PWD" >two_bins/beside.csv
+printf 'file,partial,rmin,rmax\na.dat,1,0,9\n%s/jump.dat,1,0,9\n' "$PWD" >two_bins/beside.csv
 batch two_bins/beside.csv >/dev/null
 check 'files beside the table, and elsewhere' 0 "$status"
 check 'no data file is created' 'gone*' "$(echo gone*)"
