@@ -7,45 +7,10 @@
 #include <utility>
 
 #include "program.hpp"
+#include "text.hpp"
 #include "textio/free_form.hpp"
 
 namespace dorvek::tools {
-namespace {
-
-// The length of the character of UTF-8 that `text` begins with: 0 if it begins with none, -1 if it
-// ends within one.
-int character_length(std::string_view text) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned first = byte(0);
-    if (first < 0x80) return 1;
-    if (first < 0xC2 || first > 0xF4) return 0;
-    const int length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    // The second byte excludes forms too long, surrogates, and what lies beyond the last character.
-    const unsigned low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-    const unsigned high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-    for (int i = 1; i < length; ++i) {
-        if (static_cast<std::size_t>(i) == text.size()) return -1;
-        const unsigned next = byte(static_cast<std::size_t>(i));
-        if (next < (i == 1 ? low : 0x80) || next > (i == 1 ? high : 0xBF)) return 0;
-    }
-    return length;
-}
-
-}  // namespace
-
-std::string valid_utf8(std::string_view text) {
-    const auto is_ascii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-    if (std::ranges::all_of(text, is_ascii)) return std::string(text);
-    std::string valid;
-    while (!text.empty()) {
-        const int length = character_length(text);
-        if (length < 0) break;
-        valid += length == 0 ? "\uFFFD" : text.substr(0, static_cast<std::size_t>(length));
-        text.remove_prefix(static_cast<std::size_t>(std::max(length, 1)));
-    }
-    return valid;
-}
-
 namespace {
 
 template <typename Number>

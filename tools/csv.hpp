@@ -60,8 +60,4 @@ class TableReader {
 // tabs a cell cannot hold one; there, tabs and line feeds become blanks.
 void append_row(std::string& table, const Row& row, char separator = ',');
 
-// The text without what is not UTF-8: a character that the end cuts is left out, other bytes become
-// U+FFFD.
-[[nodiscard]] std::string valid_utf8(std::string_view text);
-
 }  // namespace dorvek::tools

@@ -34,6 +34,7 @@
 #include "program.hpp"
 #include "results.hpp"
 #include "results_file.hpp"
+#include "text.hpp"
 #include "textio/lines.hpp"
 
 namespace {
@@ -144,56 +145,6 @@ set style line 5 linetype 1 pointtype "v"
 set style line 6 linetype 2 pointtype "v"
 set style line 7 linetype 3
 )";
-
-std::vector<std::string_view> characters_of(std::string_view valid_text) {
-    std::vector<std::string_view> characters;
-    while (!valid_text.empty()) {
-        std::size_t length = 1;
-        while (length < valid_text.size() && (valid_text[length] & '\xC0') == '\x80') ++length;
-        characters.push_back(valid_text.substr(0, length));
-        valid_text.remove_prefix(length);
-    }
-    return characters;
-}
-
-// What no terminal and no picture can hold becomes U+FFFD: bytes that are not UTF-8, control
-// characters, separators of lines, changes of direction, and what XML excludes.
-std::string printable(std::string_view text) {
-    std::string clean;
-    const std::string valid = valid_utf8(text);
-    for (const std::string_view c : characters_of(valid)) {
-        const bool good = c.size() == 1 ? c >= " " && c != "\x7F"
-                          : c.size() == 2
-                              ? c >= "\u00A0"
-                              : (c < "\u2028" || c >= "\u202F") && c != "\uFFFE" && c != "\uFFFF";
-        clean += good ? c : "\uFFFD";
-    }
-    return clean;
-}
-
-// The columns that a text takes, at most: characters of the East are wide.
-std::size_t columns_of(std::string_view text) {
-    std::size_t columns = 0;
-    for (const std::string_view c : characters_of(text)) columns += c.size() > 2 ? 2U : 1U;
-    return columns;
-}
-
-// Cuts from the middle what is more than `columns`: names tend to differ at their ends.
-std::string shortened(const std::string& text, std::size_t columns) {
-    constexpr std::string_view gap = "...";
-    std::size_t width = columns_of(text);
-    if (width <= columns) return text;
-    const std::vector<std::string_view> characters = characters_of(text);
-    std::size_t from = characters.size() / 2;
-    std::size_t to = from;
-    while (width + gap.size() > columns) {
-        width -= columns_of(characters[--from]) + columns_of(characters[to++]);
-    }
-    const auto place = [&](std::size_t c) {
-        return static_cast<std::size_t>(characters[c].data() - text.data());
-    };
-    return text.substr(0, place(from)).append(gap) + text.substr(place(to));
-}
 
 // A string of gnuplot. All but letters and blanks are escaped, so that nothing in it can end it or
 // be a command; digits too, since gnuplot would count them to the escape before them.
@@ -370,7 +321,7 @@ Key key_of(const Picture& picture, bool lists_windows, std::size_t columns) {
     Key key;
     std::size_t taken = 0;
     for (Entry& entry : entries) {
-        const std::size_t width = mark_columns + columns_of(entry.text);
+        const std::size_t width = mark_columns + width_of(entry.text);
         if (entry.begins_row || taken + width > columns) {
             key.emplace_back();
             taken = 0;
