@@ -24,7 +24,8 @@ as_user() { inside --userspec=nobody:nogroup "$root" "$@"; }
 inside "$root" sh -c 'dpkg -i /tmp/dorvek_*.deb'
 as_user sh /tmp/try.sh /usr
 inside "$root" dpkg -r dorvek
-[ ! -e "$root/usr/bin/dorvek" ]
-[ ! -e "$root/usr/share/doc/dorvek" ]
+for left in "$root"/usr/bin/dorvek* "$root/usr/share/doc/dorvek"; do
+    [ ! -e "$left" ] || { echo "bare-debian.sh: dpkg -r leaves $left" >&2 && exit 1; }
+done
 as_user sh -c 'mkdir /tmp/dorvek && tar -xzf /tmp/dorvek-*.tar.gz -C /tmp/dorvek --strip-components=1'
 as_user sh /tmp/try.sh /tmp/dorvek

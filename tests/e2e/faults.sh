@@ -46,20 +46,27 @@ expect() {
     rm -f dorvek.res
 }
 
+# must WHAT COMMAND...
+must() {
+    what=$1
+    shift
+    "$@" || { echo "$what" && exit 1; }
+}
+
 results='unit 16, file "dorvek.res"'
 
 # An argument must not cost the last results.
 echo kept >dorvek.res
 run ../dorvek --help </dev/null
-grep -q '^usage: dorvek ' ../err
+must 'it shows its usage' grep -q '^usage: dorvek ' ../err
 : >../err
-[ "$(cat dorvek.res)" = kept ]
+must 'an argument keeps dorvek.res' grep -qx kept dorvek.res
 expect 'an argument' 2 0
 
 # Who may read and write what the program creates is the user's affair.
 answers new.dat >../typed
 run ../dorvek <../typed
-[ "$(stat -c %a dorvek.res new.dat | uniq)" = 666 ]
+must 'rights of new files' [ "$(stat -c %a dorvek.res new.dat | uniq)" = 666 ]
 expect 'new files' 0 0
 
 # dorvek.res
@@ -85,7 +92,7 @@ run ../dorvek <../typed
 head -c 16384 dorvek.res >../fits
 expect 'fifty windows' 0 50
 run sh -c 'ulimit -f 32; ../dorvek' <../typed # blocks of 512 bytes
-cmp ../fits dorvek.res
+must 'what fits is written' cmp ../fits dorvek.res
 expect 'file-size limit' 255 "$(grep -c '^ cum4= ' ../fits)" 'Cannot write: File too large' \
     "write, $results"
 
@@ -123,11 +130,11 @@ expect 'failure in mid-read' 255 0 'Cannot read: Input/output error' \
 run ../dorvek <../typed
 tail -c +11 dorvek.res >../rest
 inject write:retval=10:when=1 -P "$PWD/dorvek.res" # and the ten bytes are lost
-cmp ../rest dorvek.res
+must 'the rest is written' cmp ../rest dorvek.res
 expect 'half a write' 0 2
 run strace -qq -o calls -e trace=write -s 4096 ../dorvek <../typed
 sed -n '/cum4=/{s/^write(1,.*/terminal/; s/^write(.*/file/; p;}' calls | tr '\n' ' ' >../order
-[ "$(cat ../order)" = 'terminal file terminal file ' ]
+must 'the terminal, then the file' grep -qx 'terminal file terminal file ' ../order
 expect 'each report on the terminal first' 0 2
 inject close:error=EIO -P "$PWD/dorvek.res"
 expect 'failure on closing' 255 2 'Cannot write: Input/output error' "close, $results"
@@ -140,7 +147,7 @@ for fault in read:error=EINTR write:error=EINTR read:error=EAGAIN write:error=EA
     expect "$fault" 0 2
 done
 inject read:error=EAGAIN:when=1 -e 'inject=?poll,ppoll:error=EINTR:when=1' -P "$PWD/peak.dat"
-grep -Eq 'poll\(.*, 1, (-1|NULL)' calls # it waits without a time limit
+must 'it waits without a time limit' grep -Eq 'poll\(.*, 1, (-1|NULL)' calls
 expect 'interrupted waiting' 0 2
 inject read:error=EAGAIN:when=1 -e 'inject=?poll,ppoll:error=ENOMEM' -P "$PWD/peak.dat"
 expect 'failure in waiting' 255 0 'Cannot read: Cannot allocate memory' \
