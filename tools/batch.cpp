@@ -24,7 +24,6 @@
 #include "doubts.hpp"
 #include "driver/analyse_window.hpp"
 #include "driver/report.hpp"
-#include "input/conbin.hpp"
 #include "program.hpp"
 #include "results.hpp"
 #include "textio/lines.hpp"
@@ -169,20 +168,12 @@ void analyse(const Columns& columns, const Task& task, std::span<input::PdfSet> 
     std::span<const input::PdfSet> sets(task.files[0]->set.get(), 1);
     if (report.nsamp == 2) {
         for (std::size_t s = 0; s < pair.size(); ++s) copy_bins(*task.files[s]->set, pair[s]);
-        if (!same_grid(pair[0], pair[1])) {
-            outcome.said.emplace_back("inconsistent bining: adjusted by linear interpolation");
-            conbin(pair[0], pair[1]);
-        }
+        const std::string_view said = driver::reconcile(pair[0], pair[1]);
+        if (!said.empty()) outcome.said.emplace_back(said);
         sets = pair;
     }
-    switch (analyse_window(sets, report.ipdf, constraints, report.found)) {
-        case driver::Found::no_data:
-            throw Failure("no data in this window");
-        case driver::Found::zero_norm:
-            throw Failure("zero norm, no atoms found");
-        case driver::Found::peak:
-            break;
-    }
+    const driver::Found found = analyse_window(sets, report.ipdf, constraints, report.found);
+    if (found != driver::Found::peak) throw Failure(std::string(message_of(found)));
     add_doubts(sets, report.ipdf, report.found, outcome.said);
 }
 

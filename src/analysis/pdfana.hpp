@@ -10,9 +10,9 @@
 namespace dorvek::analysis {
 
 // Whether the window of every sample held any atoms.
-enum class Norm : int {
-    found = 0,
-    zero = 1,  // one sample's values sum to 1.0e-35 or less
+enum class Norm {
+    found,
+    zero,  // one sample's values sum to 1.0e-35 or less
 };
 
 // Fills one WindowStats per sample from bins ilo .. ihi (1-based, both included) of the sample's

@@ -16,7 +16,6 @@
 #include <string_view>
 
 #include "driver/report.hpp"
-#include "input/conbin.hpp"
 #include "textio/runtime_error.hpp"
 
 namespace dorvek::driver {
@@ -79,6 +78,7 @@ void start_data_set(Run& run, Terminal& terminal) {
     write_line(terminal.out, {"analyse rmc results"});
     write_line(terminal.out, {" "});
     write_line(terminal.out, {" "});
+    static_assert(maxsamp == 2);
     write_line(terminal.out, {"analyse one or two pdfs (<=2): "});
     read_integer(terminal, run.report.nsamp);
     run.report.nsamp = std::min(run.report.nsamp, maxsamp);
@@ -99,14 +99,6 @@ void load_samples(Run& run, Terminal& terminal) {
     }
 }
 
-// The second sample goes onto the grid of the first if theirs differ.
-void reconcile(Run& run, Terminal& terminal) {
-    auto& [first, second] = run.sets;
-    if (run.report.nsamp < 2 || same_grid(first, second)) return;
-    write_line(terminal.out, {"inconsistent bining: adjusted by linear interpolation"});
-    conbin(first, second);
-}
-
 // The terminal's copy is handed to the system before the file's.
 void show(Run& run, Terminal& terminal) {
     write_terminal(terminal.out, run.report);
@@ -117,7 +109,10 @@ void show(Run& run, Terminal& terminal) {
 
 void analysis_pass(Run& run, Terminal& terminal) {
     write_line(terminal.out, {" "});
-    reconcile(run, terminal);
+    if (run.report.nsamp == 2) {
+        const std::string_view said = reconcile(run.sets[0], run.sets[1]);
+        if (!said.empty()) write_line(terminal.out, {said});
+    }
     std::int64_t constraints = 0;  // two 32-bit answers cannot overflow it
     for (std::size_t s = 0; s < samples(run.report); ++s) {
         ask(terminal, "number of pdf to analyze for sample (", s, ") :");
@@ -136,18 +131,11 @@ void analysis_pass(Run& run, Terminal& terminal) {
     window.rmax = limits[1];
 
     const auto sets = std::span(run.sets).first(samples(run.report));
-    switch (analyse_window(sets, run.report.ipdf, constraints, run.report.found)) {
-        case Found::no_data:
-            write_line(terminal.out, {"no data in this window"});
-            break;
-        case Found::zero_norm:
-            write_line(terminal.out, {"zero norm, no atoms found"});
-            break;
-        case Found::peak:
-            const stats::Messages& messages = run.report.found.messages;
-            for (std::size_t i = 0; i < messages.count; ++i) pause(terminal, messages.text[i]);
-            show(run, terminal);
-    }
+    const Found found = analyse_window(sets, run.report.ipdf, constraints, run.report.found);
+    if (found != Found::peak) return write_line(terminal.out, {message_of(found)});
+    const stats::Messages& messages = run.report.found.messages;
+    for (std::size_t i = 0; i < messages.count; ++i) pause(terminal, messages.text[i]);
+    show(run, terminal);
 }
 
 }  // namespace

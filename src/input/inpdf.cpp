@@ -25,6 +25,7 @@ void inpdf(PdfSet& set, const FileName& fname, textio::Terminal& terminal, texti
     const std::string_view field{fname.data(), fname.size()};
     write_line(terminal.out, {"input pdf data from: ", field});
     write_line(terminal.out, {" "});
+    static_assert(maxpdf == 10);
     write_line(terminal.out, {"number of pdfs in file (<= 10): "});
     std::int32_t npdfs = set.npdfs;
     textio::read_integer(terminal, npdfs);

@@ -4,7 +4,7 @@
 
 namespace dorvek::input {
 
-void locate(std::span<const float> xx, float x, std::int32_t& j) {
+std::int32_t locate(std::span<const float> xx, float x) {
     const auto n = static_cast<std::int32_t>(xx.size());
     std::int32_t jl = 0;
     std::int32_t ju = n + 1;
@@ -16,12 +16,12 @@ void locate(std::span<const float> xx, float x, std::int32_t& j) {
             ju = jm;
         }
     }
-    j = jl;
+    return jl;
 }
 
 bool locate_window(std::span<const float> grid, Window& window) {
-    locate(grid, window.rmin, window.ilo);
-    locate(grid, window.rmax, window.ihi);
+    window.ilo = locate(grid, window.rmin);
+    window.ihi = locate(grid, window.rmax);
     if (window.ilo == 0) window.ilo = 1;
 
     const auto snap = [grid](std::int32_t bin, float& limit) {

@@ -15,10 +15,9 @@ struct Window {
     std::int32_t ihi = 0;
 };
 
-// Sets j to the number of points of the ascending grid xx(1 .. n) that lie strictly below x: the
-// last bin below x, or 0. A grid whose last point is not above its first is searched as a
-// descending one.
-void locate(std::span<const float> xx, float x, std::int32_t& j);
+// The number of points of the ascending grid xx(1 .. n) that lie strictly below x: the last bin
+// below x, or 0. A grid whose last point is not above its first is searched as a descending one.
+[[nodiscard]] std::int32_t locate(std::span<const float> xx, float x);
 
 // Turns typed limits into bins of `grid`. Both limits go to the last grid point strictly below
 // them, rmin at least to the first point, and take its value; a limit that has no bin keeps its

@@ -43,20 +43,15 @@ DistributionTest ditest(std::span<const float> u, std::span<const float> v,
     return {.doff = doff, .chsq = chsq, .sgfc = gammq(0.5f * doff, 0.5f * chsq, messages)};
 }
 
-ComparisonResult statana(std::int32_t ilo, std::int32_t ihi, std::span<const std::int32_t, 2> ipdf,
-                         std::int64_t constraints, Pair mean, Pair var,
-                         std::span<const input::PdfSet, 2> sets, Messages& messages) {
-    const std::int32_t n = ihi - ilo;
-    const auto chosen = [&](std::size_t sample) {
-        const auto p = static_cast<std::size_t>(ipdf[sample] - 1);
-        return input::window_of(sets[sample].g[p], ilo, ihi);
-    };
+ComparisonResult statana(std::span<const float> u, std::span<const float> v,
+                         std::int64_t constraints, Pair mean, Pair var, Messages& messages) {
+    const auto n = static_cast<std::int32_t>(u.size()) - 1;
     // The order of the tests is that of their messages.
     const MeanTest mean_test = tutest(n, n, mean, var, messages);
     const VarianceTest variance_test = ftest(n, n, var, messages);
     return {.mean = mean_test,
             .variance = variance_test,
-            .distribution = ditest(chosen(0), chosen(1), constraints, messages)};
+            .distribution = ditest(u, v, constraints, messages)};
 }
 
 }  // namespace dorvek::stats

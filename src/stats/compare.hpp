@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <span>
 
-#include "input/pdf_set.hpp"
 #include "stats/special_functions.hpp"
 
 namespace dorvek::stats {
@@ -55,12 +54,10 @@ using Pair = std::array<float, 2>;
 [[nodiscard]] DistributionTest ditest(std::span<const float> u, std::span<const float> v,
                                       std::int64_t constraints, Messages& messages);
 
-// All three tests of the window of bins ilo .. ihi (1-based, both included) of each sample's
-// partial ipdf, which the set holds, given the peaks' means and variances. The size of both samples
-// is taken as ihi - ilo.
-[[nodiscard]] ComparisonResult statana(std::int32_t ilo, std::int32_t ihi,
-                                       std::span<const std::int32_t, 2> ipdf,
+// All three tests of two windows u and v of equal lengths, given their peaks' means and variances.
+// The size of both samples is taken as one less than their bins.
+[[nodiscard]] ComparisonResult statana(std::span<const float> u, std::span<const float> v,
                                        std::int64_t constraints, Pair mean, Pair var,
-                                       std::span<const input::PdfSet, 2> sets, Messages& messages);
+                                       Messages& messages);
 
 }  // namespace dorvek::stats

@@ -161,7 +161,7 @@ bool scale(std::uint64_t digits, std::int64_t exponent, float& value) {
     constexpr std::uint64_t midway = 1U << 28U;
     const std::uint64_t behind_float = std::bit_cast<std::uint64_t>(real) % (2 * midway);
     value = static_cast<float>(real);
-    return behind_float + 1 - midway > 2;
+    return behind_float < midway - 1 || behind_float > midway + 1;
 }
 
 // Appends the digits from `at` on to a number, which is of no use once there are too many. Returns

@@ -34,9 +34,7 @@ TEST(Grids, AreSearchedAsTheTableSays) {
         } else if (name == "approx") {
             EXPECT_EQ(approx(grid, values, typed.at(0)), expected.at(0));
         } else if (name == "locate") {
-            std::int32_t j = -1;
-            locate(grid, typed.at(0), j);
-            EXPECT_EQ(static_cast<float>(j), expected.at(0));
+            EXPECT_EQ(static_cast<float>(locate(grid, typed.at(0))), expected.at(0));
         } else {
             ASSERT_EQ(name, "window");
             Window window{.rmin = typed.at(0), .rmax = typed.at(1)};
