@@ -3,12 +3,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <functional>
 
-#include "grid.hpp"
+#include "doubts.hpp"
 #include "input/pdf_file.hpp"
 
 namespace dorvek::tools {
@@ -30,14 +28,6 @@ std::int32_t partials_of(textio::Input& file, const std::string& name) {
     if (count == 0 || (count % 2 == 1 && count > 1)) return static_cast<std::int32_t>(count / 2);
     throw BadFile(name + ": " + std::to_string(count) +
                   " numbers on the first line are not r and two for each partial");
-}
-
-void examine_grid(const input::PdfSet& set, std::vector<std::string>& said) {
-    const auto r = input::first_bins(set.r, set.nbins);
-    const bool ascends = std::ranges::adjacent_find(r, std::not_fn(std::less())) == r.end();
-    if (!ascends) said.emplace_back("r does not ascend");
-    const auto at = [&](std::size_t i) { return static_cast<double>(r[i]); };
-    if (out_of_step(r.size(), at) < r.size()) said.emplace_back("r is not evenly spaced");
 }
 
 }  // namespace
@@ -68,7 +58,7 @@ std::vector<std::string> load_pdf(const std::string& name, std::optional<std::in
     if (set.npdfs > input::maxpdf) only(input::maxpdf, " pdfs of the file are taken");
     if (reading.bins_left_out) only(input::maxbin, " bins of the file are kept");
     if (reading.bin_continued) said.emplace_back("a bin took more than one line of the file");
-    examine_grid(set, said);
+    add_grid_doubts(input::first_bins(set.r, set.nbins), said);
     return said;
 }
 

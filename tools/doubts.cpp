@@ -1,9 +1,20 @@
 #include "doubts.hpp"
 
+#include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <string_view>
 
+#include "grid.hpp"
+
 namespace dorvek::tools {
+
+void add_grid_doubts(std::span<const float> r, std::vector<std::string>& said) {
+    const bool ascends = std::ranges::adjacent_find(r, std::not_fn(std::less())) == r.end();
+    if (!ascends) said.emplace_back("r does not ascend");
+    const auto at = [&](std::size_t i) { return static_cast<double>(r[i]); };
+    if (out_of_step(r.size(), at) < r.size()) said.emplace_back("r is not evenly spaced");
+}
 
 void add_doubts(std::span<const input::PdfSet> sets, std::span<const std::int32_t> /*ipdf*/,
                 const driver::Analysis& analysis, std::vector<std::string>& said) {

@@ -11,6 +11,9 @@
 
 namespace dorvek::tools {
 
+// Adds what is to be said of a grid: that it does not ascend, or not in even steps.
+void add_grid_doubts(std::span<const float> r, std::vector<std::string>& said);
+
 // Adds what is to be said of a window that was found to hold a peak: each pause that the dialogue
 // would make, and what it would not say. The arguments are those of analyse_window.
 void add_doubts(std::span<const input::PdfSet> sets, std::span<const std::int32_t> ipdf,

@@ -155,4 +155,18 @@ void set_limits(std::span<const float> r, input::Window& window) {
     assert(locate_window(r, located) && located.ilo == window.ilo && located.ihi == window.ihi);
 }
 
+Top top_of(std::span<const float> r, std::span<const float> g, const input::Window& window) {
+    const auto lo = static_cast<std::size_t>(window.ilo - 1);
+    const auto part = g.subspan(lo, static_cast<std::size_t>(window.ihi) - lo);
+    const auto highest = std::ranges::max_element(part);
+    Top top{.mode = r[lo + static_cast<std::size_t>(highest - part.begin())], .height = *highest};
+    const auto add = [&](const char* what) {
+        top.note += (top.note.empty() ? "" : "; ") + std::string(what);
+    };
+    if (part.size() < 5) add("fewer than 5 bins");
+    if (part.front() > 0.5f * top.height) add("g at rmin above half the height");
+    if (part.back() > 0.5f * top.height) add("g at rmax above half the height");
+    return top;
+}
+
 }  // namespace dorvek::tools

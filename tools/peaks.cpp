@@ -116,23 +116,9 @@ Sample load(const Call& call, const Template& pattern, const std::string& file) 
     return sample;
 }
 
-std::string note_on(std::span<const float> g, float height) {
-    std::string note;
-    const auto add = [&](const char* what) {
-        note += (note.empty() ? "" : "; ") + std::string(what);
-    };
-    if (g.size() < 5) add("fewer than 5 bins");
-    if (g.front() > 0.5f * height) add("g at rmin above half the height");
-    if (g.back() > 0.5f * height) add("g at rmax above half the height");
-    return note;
-}
-
 void append_window(std::string& table, const Call& call, const Sample& sample,
                    const std::string& id, const input::Window& window, std::int32_t shift) {
-    const auto lo = static_cast<std::size_t>(window.ilo - 1);
-    const auto g = std::span(sample.g).subspan(lo, static_cast<std::size_t>(window.ihi) - lo);
-    const auto highest = std::ranges::max_element(g);
-    const float mode = sample.r[lo + static_cast<std::size_t>(highest - g.begin())];
+    const auto [mode, height, note] = top_of(sample.r, sample.g, window);
     Row row{shift == 0 ? id : id + ":" + std::to_string(shift),
             sample.file,
             std::to_string(sample.partials),
@@ -140,8 +126,8 @@ void append_window(std::string& table, const Call& call, const Sample& sample,
             shortest(window.rmin),
             shortest(window.rmax),
             text_of(mode),
-            text_of(*highest),
-            note_on(g, *highest)};
+            text_of(height),
+            note};
     if (call.scan) row.push_back(std::to_string(shift));
     row.insert(row.end(), sample.cells.begin(), sample.cells.end());
     append_row(table, row);

@@ -6,22 +6,8 @@
 #include "textio/lines.hpp"
 
 namespace dorvek::tools {
-namespace {
 
-using driver::Line;
 using driver::Number;
-
-// Calls use(number) for each number of the lines.
-template <typename Use>
-void for_each_number(std::span<const Line> lines, Use use) {
-    for (const Line& line : lines) {
-        for (const Number& number : line.numbers) {
-            if (number.in != nullptr) use(number);
-        }
-    }
-}
-
-}  // namespace
 
 std::string text_of(float value) {
     if (std::isnan(value)) return "NaN";

@@ -46,6 +46,16 @@ struct Line {
 [[nodiscard]] std::span<const Line> sample_lines();
 [[nodiscard]] std::span<const Line> statistics_lines();
 
+// Calls use(number) for each number of the lines, in order.
+template <typename Use>
+void for_each_number(std::span<const Line> lines, Use use) {
+    for (const Line& line : lines) {
+        for (const Number& number : line.numbers) {
+            if (number.in != nullptr) use(number);
+        }
+    }
+}
+
 // The statistics of the peak of sample `s`, 23 lines.
 void write_sample_block(textio::Output& output, const Report& report, std::size_t s);
 
