@@ -1,21 +1,11 @@
 // dorvek-plot: pictures of reports, or of a PDF file to choose a window by. gnuplot draws them.
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cctype>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <csignal>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <map>
@@ -31,6 +21,7 @@
 #include "csv.hpp"
 #include "data_file.hpp"
 #include "find_peaks.hpp"
+#include "gnuplot.hpp"
 #include "program.hpp"
 #include "results.hpp"
 #include "results_file.hpp"
@@ -41,8 +32,6 @@ namespace {
 
 using namespace dorvek;
 using namespace dorvek::tools;
-
-enum class Kind { text, png, svg, pdf };
 
 struct Call {
     std::optional<std::string> picture;
@@ -98,71 +87,17 @@ struct Entry {
     std::size_t column = 0;
 };
 
-// A picture as gnuplot is to draw it. That of a text leaves the key to us.
+// A picture as gnuplot is to draw it. That of a text leaves the key to us, and the lines below it.
 struct Page {
     std::string key;
+    double height = figure_height;
     std::string script;
 };
 
 // A figure is 8.5 cm wide, as the columns of a journal; lengths are points, 1/72 inch.
-constexpr double figure_width = 241;
-constexpr double figure_height = 198;
 constexpr double row_height = 10.5;
 constexpr double column_width = 5;  // that a character has, about, in the widest fonts
 constexpr std::size_t figure_columns = 48;
-constexpr std::size_t text_columns = 79;
-constexpr std::size_t text_lines = 23;  // one less than a terminal has, for the prompt
-
-constexpr std::string_view figure_style = R"(
-set border 3 linewidth 1.5
-set tics nomirror out scale 0.5
-set format "%h"
-set xtics offset 0, 0.3
-set ytics offset 0.5, 0
-set mytics 1
-set xlabel offset 0, 0.5
-set bmargin at screen 0.15
-set style line 1 linecolor rgb "#0072b2" linewidth 1.5 dashtype solid
-set style line 2 linecolor rgb "#d55e00" linewidth 1.5 dashtype (8, 4)
-set style line 3 linecolor rgb "#0072b2" linewidth 1.5 pointtype 7
-set style line 4 linecolor rgb "#d55e00" linewidth 1.5 pointtype 7
-set style line 5 linecolor rgb "#0072b2" linewidth 1.5 pointtype 11
-set style line 6 linecolor rgb "#d55e00" linewidth 1.5 pointtype 11
-set style line 7 linecolor rgb "#a0a0a0" linewidth 1.5
-set style rectangle behind fillcolor rgb "#e4e4e4" fillstyle solid noborder
-)";
-constexpr std::string_view text_style = R"(
-set border 3
-set lmargin 12
-set ylabel offset -1
-set tics nomirror out
-set format "%h"
-set style line 1 linetype 1
-set style line 2 linetype 2
-set style line 3 linetype 1 pointtype "o"
-set style line 4 linetype 2 pointtype "o"
-set style line 5 linetype 1 pointtype "v"
-set style line 6 linetype 2 pointtype "v"
-set style line 7 linetype 3
-)";
-
-// A string of gnuplot. All but letters and blanks are escaped, so that nothing in it can end it or
-// be a command; digits too, since gnuplot would count them to the escape before them.
-std::string gnuplot_string(std::string_view text) {
-    std::string string = "\"";
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (std::isalpha(byte) != 0 || c == ' ' || byte >= 0x80) {
-            string += c;
-        } else {
-            string += '\\';
-            for (const int shift : {6, 3, 0}) {
-                string += static_cast<char>('0' + (byte >> shift & 7));
-            }
-        }
-    }
-    return string + '"';
-}
 
 Curve load_curve(const Call& call, const Sample& sample) {
     static const auto set = std::make_unique<input::PdfSet>();
@@ -172,15 +107,12 @@ Curve load_curve(const Call& call, const Sample& sample) {
         const auto [text, is_new] = told.insert((name + ": ").append(what));
         if (is_new) tell(*text);
     }
-    if (!holds_partial(*set, sample.pdf)) {
-        throw Failure(name + ": there is no partial " + std::to_string(sample.pdf));
-    }
+    const Partial partial = partial_of(*set, sample.pdf, name);
     Curve curve;
-    const auto& g = set->g[static_cast<std::size_t>(sample.pdf - 1)];
-    for (std::size_t i = 0; i < static_cast<std::size_t>(set->nbins); ++i) {
-        if (!std::isfinite(set->r[i]) || !std::isfinite(g[i])) continue;
-        curve.r.push_back(set->r[i]);
-        curve.g.push_back(g[i]);
+    for (std::size_t i = 0; i < partial.r.size(); ++i) {
+        if (!std::isfinite(partial.r[i]) || !std::isfinite(partial.g[i])) continue;
+        curve.r.push_back(partial.r[i]);
+        curve.g.push_back(partial.g[i]);
     }
     if (curve.r.empty()) throw Failure(name + ": there are no bins");
     return curve;
@@ -454,10 +386,7 @@ Page page_of(const Call& call, const Picture& picture) {
            << "set yrange [" << view.bottom << ':' << level(view, 1.25) << "]\n"
            << (view.log ? "set logscale y\n" : "");
     const double limits_height = write_windows(script, view, picture, call.kind);
-    if (is_text) {
-        script << "set terminal dumb noenhanced nofeed size " << text_columns << ", "
-               << text_lines - std::min(text_lines - 15, key.size()) << '\n';
-    } else {
+    if (!is_text) {
         const double above = 9 + row_height * static_cast<double>(key.size()) + limits_height;
         script << "set tmargin at screen " << 1 - above / figure_height << '\n';
         write_key(script, key);
@@ -475,120 +404,9 @@ Page page_of(const Call& call, const Picture& picture) {
                << " with points linestyle " << s + 4 << " notitle";
     }
     script << '\n';
-    return {.key = is_text ? text_key(key) : "", .script = script.str()};
-}
-
-std::string left_in(int fd) {
-    const off_t size = ::lseek(fd, 0, SEEK_END);
-    std::string content(static_cast<std::size_t>(std::max<off_t>(size, 0)), '\0');
-    const ssize_t count = ::pread(fd, content.data(), content.size(), 0);
-    content.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    return content;
-}
-
-// Closes itself.
-struct Descriptor {
-    explicit Descriptor(int opened) : fd(opened) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { ::close(fd); }
-    int fd;
-};
-
-// Starts gnuplot with these standard streams, without the user's settings. Returns its number. In a
-// process group of its own, for gnuplot may hang at a Ctrl-C; that ends us, and so its input.
-pid_t start_gnuplot(int input, int output, int errors) {
-    std::vector<std::string> words{"gnuplot", "-d", "LC_ALL=C.UTF-8"};
-    for (const std::string name : {"PATH", "LD_LIBRARY_PATH"}) {
-        const char* value = std::getenv(name.c_str());
-        if (value != nullptr) words.push_back(name + "=" + value);
-    }
-    std::vector<char*> pointers(words.size() + 2, nullptr);  // two words, null, the others, null
-    for (std::size_t i = 0; i < words.size(); ++i) pointers[i < 2 ? i : i + 1] = words[i].data();
-    posix_spawn_file_actions_t streams{};
-    ::posix_spawn_file_actions_init(&streams);
-    ::posix_spawn_file_actions_adddup2(&streams, input, STDIN_FILENO);
-    ::posix_spawn_file_actions_adddup2(&streams, output, STDOUT_FILENO);
-    ::posix_spawn_file_actions_adddup2(&streams, errors, STDERR_FILENO);
-    posix_spawnattr_t attributes{};
-    ::posix_spawnattr_init(&attributes);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    pid_t pid = 0;
-    errno = ::posix_spawnp(&pid, "gnuplot", &streams, &attributes, pointers.data(), &pointers[3]);
-    ::posix_spawnattr_destroy(&attributes);
-    ::posix_spawn_file_actions_destroy(&streams);
-    if (errno == ENOENT) {
-        throw Failure("gnuplot is missing (Debian: apt-get install gnuplot-nox)");
-    }
-    if (errno != 0) throw Failure("cannot start gnuplot" + system_reason());
-    return pid;
-}
-
-// What gnuplot draws. Its output stays in memory until all of it is known to be there.
-std::string drawn(std::string_view script) {
-    const Descriptor output(::memfd_create("output", MFD_CLOEXEC));
-    const Descriptor errors(::memfd_create("errors", MFD_CLOEXEC));
-    std::array<int, 2> pipe{-1, -1};
-    if (output.fd < 0 || errors.fd < 0 || ::pipe2(pipe.data(), O_CLOEXEC) != 0) {
-        throw Failure("cannot start gnuplot" + system_reason());
-    }
-    std::optional<Descriptor> input(pipe[0]);
-    std::optional<Descriptor> commands(pipe[1]);
-    const pid_t pid = start_gnuplot(input->fd, output.fd, errors.fd);
-    input.reset();
-    const auto on_broken_pipe = std::signal(SIGPIPE, SIG_IGN);  // gnuplot may end early
-    bool is_taken = true;
-    while (!script.empty() && is_taken) {
-        const ssize_t count = ::write(commands->fd, script.data(), script.size());
-        is_taken = count > 0 || (count < 0 && errno == EINTR);
-        script.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-    commands.reset();
-    std::signal(SIGPIPE, on_broken_pipe);
-    int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-    std::string picture = left_in(output.fd);
-    if (!is_taken || status != 0 || picture.empty()) {
-        std::istringstream words(left_in(errors.fd));
-        std::string what = "gnuplot failed";
-        for (std::string word; words >> word;) {
-            what += (what.ends_with("failed") ? ": " : " ") + printable(word);
-        }
-        throw Failure(what);
-    }
-    return picture;
-}
-
-void replace_all(std::string& text, std::string_view from, std::string_view to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
-        text.replace(at, from.size(), to);
-    }
-}
-
-// What gnuplot leaves to be desired.
-std::string finished(std::string picture, Kind kind) {
-    if (kind == Kind::svg) replace_all(picture, "]]>", "]]&gt;");
-    if (kind == Kind::pdf) {  // the same call gives the same bytes, at any time
-        const std::size_t date = picture.rfind("/CreationDate (");
-        const std::size_t end = picture.find(')', date);
-        if (end != std::string::npos) picture.replace(date, end + 1 - date, end + 1 - date, ' ');
-    }
-    return picture;
-}
-
-// Without the form feed that it begins with, the blanks at the ends of lines, and the empty lines
-// around.
-std::string tidy(const std::string& text) {
-    std::istringstream lines(text);
-    std::string tidied;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with('\f')) line.erase(0, 1);
-        line.erase(line.find_last_not_of(' ') + 1);
-        if (!tidied.empty() || !line.empty()) tidied += line + '\n';
-    }
-    while (tidied.ends_with("\n\n")) tidied.pop_back();
-    return tidied;
+    if (!is_text) return {"", figure_height, script.str()};
+    const std::size_t lines = text_lines - std::min(text_lines - 15, key.size());
+    return {text_key(key), static_cast<double>(lines), script.str()};
 }
 
 // The name of the picture of a report: with its number if there are several.
@@ -597,38 +415,12 @@ std::string numbered(const std::string& name, std::size_t number) {
     return name.substr(0, suffix) + '-' + std::to_string(number) + name.substr(suffix);
 }
 
-std::string head_of(Kind kind) {
-    const char* terminal = "";
-    switch (kind) {
-        case Kind::text:
-            return std::string("set encoding utf8").append(text_style);
-        case Kind::png:  // 300 dots per inch
-            terminal =
-                "pngcairo size 1004, 825 font \"Sans, 8\" fontscale 3.125 linewidth 4.1667 "
-                "pointscale 3";
-            break;
-        case Kind::svg:  // 96 dots per inch
-            terminal =
-                "svg size 321, 264 font \"Helvetica, Arial, sans-serif, 8\" fontscale 1.3333 "
-                "linewidth 1.3333 background \"white\"";
-            break;
-        case Kind::pdf:
-            terminal =
-                "pdfcairo size 8.5cm, 7cm font \"Sans, 8\" fontscale 0.75 linewidth 2 pointscale "
-                "0.7";
-            break;
-    }
-    return std::string("set encoding utf8\nset terminal ") + terminal + " noenhanced" +
-           std::string(figure_style);
-}
-
 void draw(const Call& call, const std::vector<Picture>& pictures) {
-    const std::string head = head_of(call.kind);
+    const auto write_picture = [&](const std::string& name, const std::string& script) {
+        if (write_file(name, drawn(call.kind, figure_height, script))) write(name + '\n');
+    };
     std::string pages;
     bool is_first = true;
-    const auto write_picture = [&](const std::string& name, std::string picture) {
-        if (write_file(name, finished(std::move(picture), call.kind))) write(name + '\n');
-    };
     for (const Picture& picture : pictures) {
         Page page;
         try {
@@ -640,15 +432,15 @@ void draw(const Call& call, const std::vector<Picture>& pictures) {
         if (call.kind == Kind::pdf) {
             pages += page.script;
         } else if (call.kind == Kind::text) {
-            write((is_first ? "" : "\n") + page.key + tidy(drawn(head + page.script)));
+            write((is_first ? "" : "\n") + page.key + drawn(call.kind, page.height, page.script));
             is_first = false;
         } else {
             write_picture(
                 pictures.size() == 1 ? *call.picture : numbered(*call.picture, picture.number),
-                drawn(head + page.script));
+                page.script);
         }
     }
-    if (!pages.empty()) write_picture(*call.picture, drawn(head + pages));
+    if (!pages.empty()) write_picture(*call.picture, pages);
 }
 
 // Data files are named as seen from the directory of what names them.
@@ -686,6 +478,42 @@ std::filesystem::path data_file(const std::string& input, const std::string& res
     return exists(there, ignored) ? there : beside(input, file);
 }
 
+// The cell under a heading; empty if there is no such column.
+std::string cell(const TableReader& table, const Row& row, std::string_view heading) {
+    const auto column = table.column(heading);
+    return column ? row[*column] : std::string();
+}
+
+// What is not finite is not marked.
+float number(const TableReader& table, const Row& row, const std::string& heading) {
+    const std::string text = cell(table, row, heading);
+    if (text == "NaN" || text == "INF" || text == "-INF") return NAN;
+    const std::optional<float> value = real_of(text);
+    if (!value) throw Failure(heading + " is no number");
+    return *value;
+}
+
+Sample sample_of(const TableReader& table, const Row& row, const std::string& input) {
+    const std::string file = cell(table, row, "file");
+    const std::string name(textio::trimmed(cell(table, row, "name")));
+    Sample sample{.number = whole_of(cell(table, row, "sample")).value_or(0),
+                  .file = data_file(input, cell(table, row, "results"), file),
+                  .name = name.empty() ? file : name,
+                  .pdf = whole_of(cell(table, row, "pdf")).value_or(0),
+                  .Rmea = number(table, row, "Rmea"),
+                  .Rmod = number(table, row, "Rmod"),
+                  .var = number(table, row, "var")};
+    if (sample.number != 1 && sample.number != 2) throw Failure("sample is not 1 or 2");
+    return sample;
+}
+
+input::Window window_of(const TableReader& table, const Row& row) {
+    const input::Window window{.rmin = number(table, row, "rmin"),
+                               .rmax = number(table, row, "rmax")};
+    if (!(window.rmin < window.rmax)) throw Failure("rmin is not below rmax");
+    return window;
+}
+
 // A row of a table is one sample; those of a report agree in what names it and in the window.
 std::vector<Picture> table_in(std::string& content, const std::string& input) {
     TableReader table(::fmemopen(content.data(), content.size(), "r"), input);
@@ -694,35 +522,18 @@ std::vector<Picture> table_in(std::string& content, const std::string& input) {
         if (table.column(heading)) continue;
         throw WrongCall(input + ": is no table of results, without column " + heading);
     }
-    Row row;
-    const auto cell = [&](const char* heading) {
-        const auto column = table.column(heading);
-        return column ? row[*column] : std::string();
-    };
-    const auto number = [&](const char* heading) {
-        const std::string text = cell(heading);
-        if (text == "NaN" || text == "INF" || text == "-INF") return NAN;
-        const std::optional<float> value = real_of(text);
-        if (!value) throw Failure(std::string(heading) + " is no number");
-        return *value;
-    };
     std::vector<Picture> pictures;
     std::map<Row, std::size_t> latest;  // picture of a report
+    Row row;
     for (std::size_t n = 1; table.next(row); ++n) {
-        if (cell("status") == "failed") continue;
+        if (cell(table, row, "status") == "failed") continue;
         try {
-            const std::string name(textio::trimmed(cell("name")));
-            Sample sample{.number = whole_of(cell("sample")).value_or(0),
-                          .file = data_file(input, cell("results"), cell("file")),
-                          .name = name.empty() ? cell("file") : name,
-                          .pdf = whole_of(cell("pdf")).value_or(0),
-                          .Rmea = number("Rmea"),
-                          .Rmod = number("Rmod"),
-                          .var = number("var")};
-            const input::Window window{.rmin = number("rmin"), .rmax = number("rmax")};
-            if (sample.number != 1 && sample.number != 2) throw Failure("sample is not 1 or 2");
-            if (!(window.rmin < window.rmax)) throw Failure("rmin is not below rmax");
-            const Row key{cell("id"), cell("results"), cell("report"), cell("rmin"), cell("rmax")};
+            const Sample sample = sample_of(table, row, input);
+            const input::Window window = window_of(table, row);
+            Row key;
+            for (const char* heading : {"id", "results", "report", "rmin", "rmax"}) {
+                key.push_back(cell(table, row, heading));
+            }
             const auto found = latest.find(key);
             if (found != latest.end()) {
                 std::vector<Sample>& samples = pictures[found->second].samples;

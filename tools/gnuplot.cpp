@@ -1,0 +1,208 @@
+#include "gnuplot.hpp"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <sstream>
+#include <vector>
+
+#include "program.hpp"
+
+namespace dorvek::tools {
+namespace {
+
+constexpr std::string_view figure_style = R"(
+set border 3 linewidth 1.5
+set tics nomirror out scale 0.5
+set format "%h"
+set xtics offset 0, 0.3
+set ytics offset 0.5, 0
+set mytics 1
+set xlabel offset 0, 0.5
+set bmargin at screen 0.15
+set style line 1 linecolor rgb "#0072b2" linewidth 1.5 dashtype solid
+set style line 2 linecolor rgb "#d55e00" linewidth 1.5 dashtype (8, 4)
+set style line 3 linecolor rgb "#0072b2" linewidth 1.5 pointtype 7
+set style line 4 linecolor rgb "#d55e00" linewidth 1.5 pointtype 7
+set style line 5 linecolor rgb "#0072b2" linewidth 1.5 pointtype 11
+set style line 6 linecolor rgb "#d55e00" linewidth 1.5 pointtype 11
+set style line 7 linecolor rgb "#a0a0a0" linewidth 1.5
+set style rectangle behind fillcolor rgb "#e4e4e4" fillstyle solid noborder
+)";
+constexpr std::string_view text_style = R"(
+set border 3
+set lmargin 12
+set ylabel offset -1
+set tics nomirror out
+set format "%h"
+set style line 1 linetype 1
+set style line 2 linetype 2
+set style line 3 linetype 1 pointtype "o"
+set style line 4 linetype 2 pointtype "o"
+set style line 5 linetype 1 pointtype "v"
+set style line 6 linetype 2 pointtype "v"
+set style line 7 linetype 3
+)";
+
+// The commands before those of the first page. A .png has 300 dots per inch, an .svg 96.
+std::string head_of(Kind kind, double height) {
+    std::ostringstream head;
+    head << "set encoding utf8\nset terminal ";
+    const auto dots = [&](double per_inch) {
+        head << std::floor(figure_width / 72 * per_inch) << ", "
+             << std::floor(height / 72 * per_inch);
+    };
+    switch (kind) {
+        case Kind::text:
+            head << "dumb nofeed size " << text_columns << ", " << height;
+            break;
+        case Kind::png:
+            head << "pngcairo size ";
+            dots(300);
+            head << R"( font "Sans, 8" fontscale 3.125 linewidth 4.1667 pointscale 3)";
+            break;
+        case Kind::svg:
+            head << "svg size ";
+            dots(96);
+            head << R"( font "Helvetica, Arial, sans-serif, 8" fontscale 1.3333)"
+                 << R"( linewidth 1.3333 background "white")";
+            break;
+        case Kind::pdf:
+            head << "pdfcairo size 8.5cm, " << std::round(height / 72 * 25.4) / 10
+                 << R"(cm font "Sans, 8" fontscale 0.75 linewidth 2 pointscale 0.7)";
+            break;
+    }
+    head << " noenhanced" << (kind == Kind::text ? text_style : figure_style);
+    return head.str();
+}
+
+// A file in memory, which closes itself.
+struct MemoryFile {
+    MemoryFile() : fd(::memfd_create("gnuplot", MFD_CLOEXEC)) {
+        if (fd < 0) throw Failure("cannot start gnuplot" + system_reason());
+    }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    ~MemoryFile() { ::close(fd); }
+    int fd;
+};
+
+std::string left_in(const MemoryFile& file) {
+    const off_t size = ::lseek(file.fd, 0, SEEK_END);
+    std::string content(size > 0 ? static_cast<std::size_t>(size) : 0, '\0');
+    if (size < 0 || ::pread(file.fd, content.data(), content.size(), 0) != size) {
+        throw Failure("cannot read what gnuplot drew" + system_reason());
+    }
+    return content;
+}
+
+// Starts gnuplot with these standard streams, without the user's settings. Returns its number. In a
+// process group of its own, for gnuplot may hang at a Ctrl-C; it ends with its input.
+pid_t start_gnuplot(const MemoryFile& input, const MemoryFile& output, const MemoryFile& errors) {
+    std::vector<std::string> words{"gnuplot", "-d", "LC_ALL=C.UTF-8"};
+    for (const std::string name : {"PATH", "LD_LIBRARY_PATH"}) {
+        const char* value = std::getenv(name.c_str());
+        if (value != nullptr) words.push_back(name + "=" + value);
+    }
+    std::vector<char*> pointers(words.size() + 2, nullptr);  // two words, null, the others, null
+    for (std::size_t i = 0; i < words.size(); ++i) pointers[i < 2 ? i : i + 1] = words[i].data();
+    posix_spawn_file_actions_t streams{};
+    ::posix_spawn_file_actions_init(&streams);
+    ::posix_spawn_file_actions_adddup2(&streams, input.fd, STDIN_FILENO);
+    ::posix_spawn_file_actions_adddup2(&streams, output.fd, STDOUT_FILENO);
+    ::posix_spawn_file_actions_adddup2(&streams, errors.fd, STDERR_FILENO);
+    posix_spawnattr_t attributes{};
+    ::posix_spawnattr_init(&attributes);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    pid_t pid = 0;
+    errno = ::posix_spawnp(&pid, "gnuplot", &streams, &attributes, pointers.data(), &pointers[3]);
+    ::posix_spawnattr_destroy(&attributes);
+    ::posix_spawn_file_actions_destroy(&streams);
+    if (errno == ENOENT) {
+        throw Failure("gnuplot is missing (Debian: apt-get install gnuplot-nox)");
+    }
+    if (errno != 0) throw Failure("cannot start gnuplot" + system_reason());
+    return pid;
+}
+
+// What gnuplot writes at these commands.
+std::string output_of(std::string_view commands) {
+    const MemoryFile input, output, errors;
+    const auto size = static_cast<ssize_t>(commands.size());
+    if (::pwrite(input.fd, commands.data(), commands.size(), 0) != size) {
+        throw Failure("cannot start gnuplot" + system_reason());
+    }
+    const pid_t pid = start_gnuplot(input, output, errors);
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0) {
+        if (errno != EINTR) throw Failure("cannot wait for gnuplot" + system_reason());
+    }
+    std::string picture = left_in(output);
+    if (status == 0 && !picture.empty()) return picture;
+    std::istringstream words(left_in(errors));
+    std::string what = "gnuplot failed";
+    const char* before = ": ";
+    for (std::string word; words >> word; before = " ") what += before + word;
+    throw Failure(what);
+}
+
+void replace_all(std::string& text, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+// Without the form feed that it begins with, the blanks at the ends of lines, and the empty lines
+// around.
+std::string tidy(const std::string& text) {
+    std::istringstream lines(text);
+    std::string tidied;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with('\f')) line.erase(0, 1);
+        line.erase(line.find_last_not_of(' ') + 1);
+        if (!tidied.empty() || !line.empty()) tidied += line + '\n';
+    }
+    while (tidied.ends_with("\n\n")) tidied.pop_back();
+    return tidied;
+}
+
+}  // namespace
+
+// All but letters and blanks are escaped, so that nothing in the text can end the string or be a
+// command; digits too, since gnuplot would count them to the escape before them.
+std::string gnuplot_string(std::string_view text) {
+    std::string string = "\"";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::isalpha(byte) != 0 || c == ' ' || byte >= 0x80) {
+            string += c;
+        } else {
+            string += '\\';
+            for (const int shift : {6, 3, 0}) {
+                string += static_cast<char>('0' + (byte >> shift & 7));
+            }
+        }
+    }
+    return string + '"';
+}
+
+std::string drawn(Kind kind, double height, std::string_view script) {
+    std::string picture = output_of(head_of(kind, height).append(script));
+    if (kind == Kind::text) return tidy(picture);
+    if (kind == Kind::svg) replace_all(picture, "]]>", "]]&gt;");
+    if (kind == Kind::pdf) {  // without the time of drawing
+        const std::size_t date = picture.rfind("/CreationDate (");
+        const std::size_t end = picture.find(')', date);
+        if (end != std::string::npos) picture.replace(date, end + 1 - date, end + 1 - date, ' ');
+    }
+    return picture;
+}
+
+}  // namespace dorvek::tools
