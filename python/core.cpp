@@ -1,0 +1,281 @@
+// dorvek._core: arrays in, numbers out. Another thin edge on the routines of the program; what is
+// Python's own (named tuples, warnings, data frames) stands in dorvek/__init__.py. Arguments become
+// floats while the interpreter is held, and it is let go while numbers are crunched.
+
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "data_file.hpp"
+#include "doubts.hpp"
+#include "driver/analyse_window.hpp"
+#include "driver/report.hpp"
+#include "failure.hpp"
+#include "find_peaks.hpp"
+#include "input/pdf_set.hpp"
+
+namespace {
+
+using namespace dorvek;
+namespace py = pybind11;
+
+using Floats = py::array_t<float, py::array::c_style | py::array::forcecast>;
+using Said = std::vector<std::string>;
+
+// A sample as it came: r, g and, if it is given, n, of one length.
+struct Sample {
+    Floats r;
+    Floats g;
+    std::optional<Floats> n;
+};
+
+std::span<const float> span_of(const Floats& values) {
+    return {values.data(), static_cast<std::size_t>(values.size())};
+}
+
+Floats floats_of(const char* name, py::handle given) {
+    const std::string says = std::string(name) + ": ";
+    const auto array = py::array::ensure(given);
+    if (!array || std::strchr("biuf", array.dtype().kind()) == nullptr) {
+        throw py::type_error(says + "an array of real numbers is needed");
+    }
+    if (array.ndim() != 1) {
+        throw py::value_error(says + "one dimension is needed, not " +
+                              std::to_string(array.ndim()));
+    }
+    return Floats::ensure(array);
+}
+
+void require_finite(const char* name, std::span<const float> values) {
+    const auto bad = std::ranges::find_if_not(values, [](float x) { return std::isfinite(x); });
+    if (bad != values.end()) {
+        throw py::value_error(std::string(name) + ": NaN, infinite or too large for a float");
+    }
+}
+
+Sample sample_of(py::handle r, py::handle g, py::handle n) {
+    Sample sample{.r = floats_of("r", r), .g = floats_of("g", g), .n = {}};
+    if (!n.is_none()) sample.n = floats_of("n", n);
+    const py::ssize_t bins = sample.r.size();
+    if (sample.g.size() != bins || (sample.n && sample.n->size() != bins)) {
+        throw py::value_error("the arrays differ in length");
+    }
+    if (bins == 0) throw py::value_error("there are no bins");
+    if (bins > input::maxbin) {
+        throw py::value_error("more than " + std::to_string(input::maxbin) + " bins");
+    }
+    require_finite("r", span_of(sample.r));
+    return sample;
+}
+
+double real_of(const char* name, py::handle given, double least, double most) {
+    const double value = PyFloat_AsDouble(given.ptr());
+    if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+    if (value >= least && value <= most) return value;
+    throw py::value_error(std::string(name) + ": " + std::string(py::str(given)) +
+                          " is no number from " + std::string(py::str(py::float_(least))) + " to " +
+                          std::string(py::str(py::float_(most))));
+}
+
+float limit_of(const char* name, py::handle given) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    return static_cast<float>(real_of(name, given, -infinity, infinity));
+}
+
+std::int32_t whole_of(const char* name, py::handle given, std::int32_t least) {
+    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
+    const auto index = py::reinterpret_steal<py::object>(PyNumber_Index(given.ptr()));
+    if (!index) throw py::error_already_set();
+    int overflow = 0;
+    const long long value = PyLong_AsLongLongAndOverflow(index.ptr(), &overflow);
+    if (overflow == 0 && value >= least && value <= most) return static_cast<std::int32_t>(value);
+    throw py::value_error(std::string(name) + ": " + std::string(py::str(index)) +
+                          " is no whole number from " + std::to_string(least) + " to " +
+                          std::to_string(most));
+}
+
+// Room for the samples of one call. It is large, and little of it is touched; the thread's next
+// call uses it again.
+std::array<input::PdfSet, input::maxsamp>& room() {
+    thread_local const auto sets = std::make_unique<std::array<input::PdfSet, input::maxsamp>>();
+    return *sets;
+}
+
+// Makes a set of one partial of a sample, and adds what is to be said of its grid. Without n, CN
+// and its error come out as NaN.
+void fill(input::PdfSet& set, const Sample& sample, Said& said) {
+    tools::add_grid_doubts(span_of(sample.r), said);
+    set.nbins = static_cast<std::int32_t>(sample.r.size());
+    set.npdfs = 1;
+    std::ranges::copy(span_of(sample.r), set.r.begin());
+    std::ranges::copy(span_of(sample.g), set.g[0].begin());
+    if (sample.n) {
+        std::ranges::copy(span_of(*sample.n), set.cn[0].begin());
+    } else {
+        std::fill_n(set.cn[0].begin(), set.nbins, std::numeric_limits<float>::quiet_NaN());
+    }
+}
+
+// Fills report.found, given its limits as typed.
+void analyse(std::span<const input::PdfSet> sets, std::int64_t constraints, driver::Report& report,
+             Said& said) {
+    const auto ipdf = std::span(report.ipdf).first(sets.size());
+    const driver::Found found = analyse_window(sets, ipdf, constraints, report.found);
+    if (found == driver::Found::no_data) throw py::value_error(std::string(message_of(found)));
+    const input::Window& window = report.found.window;
+    for (const input::PdfSet& set : sets) {
+        if (window.ilo <= window.ihi) {
+            require_finite("g", input::window_of(set.g[0], window.ilo, window.ihi));
+        }
+    }
+    if (found != driver::Found::peak) throw py::value_error(std::string(message_of(found)));
+    tools::add_doubts(sets, ipdf, report.found, said);
+}
+
+py::list headings_of(std::span<const driver::Line> lines) {
+    py::list headings;
+    for_each_number(lines, [&](const auto& number) { headings.append(number.heading); });
+    return headings;
+}
+
+py::list values_of(std::span<const driver::Line> lines, const driver::Report& report,
+                   std::size_t s) {
+    py::list values;
+    for_each_number(lines, [&](const auto& number) { values.append(number.in(report, s)); });
+    return values;
+}
+
+driver::Report report_of(std::int32_t nsamp, py::handle rmin, py::handle rmax) {
+    driver::Report report{.nsamp = nsamp, .ipdf = {1, 1}};
+    report.found.window.rmin = limit_of("rmin", rmin);
+    report.found.window.rmax = limit_of("rmax", rmax);
+    return report;
+}
+
+py::tuple peak(py::handle r, py::handle g, py::handle n, py::handle rmin, py::handle rmax) {
+    const Sample sample = sample_of(r, g, n);
+    driver::Report report = report_of(1, rmin, rmax);
+    Said said;
+    {
+        const py::gil_scoped_release release;
+        input::PdfSet& set = room()[0];
+        fill(set, sample, said);
+        analyse(std::span(&set, 1), 0, report, said);
+    }
+    return py::make_tuple(values_of(driver::sample_lines(), report, 0), said);
+}
+
+py::tuple compare(py::handle r1, py::handle g1, py::handle n1, py::handle r2, py::handle g2,
+                  py::handle n2, py::handle rmin, py::handle rmax, py::handle constraints) {
+    const std::array samples{sample_of(r1, g1, n1), sample_of(r2, g2, n2)};
+    driver::Report report = report_of(2, rmin, rmax);
+    const std::int32_t ncons =
+        whole_of("constraints", constraints, std::numeric_limits<std::int32_t>::min());
+    Said said;
+    {
+        const py::gil_scoped_release release;
+        auto& sets = room();
+        fill(sets[0], samples[0], said);
+        Said of_second;
+        fill(sets[1], samples[1], of_second);
+        for (const std::string& what : of_second) said.push_back("second: " + what);
+        const std::string_view resampled = driver::reconcile(sets[0], sets[1]);
+        if (!resampled.empty()) said.emplace_back(resampled);
+        analyse(sets, ncons, report, said);
+    }
+    return py::make_tuple(values_of(driver::sample_lines(), report, 0),
+                          values_of(driver::sample_lines(), report, 1),
+                          values_of(driver::statistics_lines(), report, 0), said);
+}
+
+py::tuple find_peaks(py::handle r, py::handle g, py::handle range, py::handle prominence,
+                     py::handle smooth) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const Sample sample = sample_of(r, g, py::none());
+    const auto rs = span_of(sample.r);
+    const auto gs = span_of(sample.g);
+    require_finite("g", gs);
+    tools::PeakSearch search{.range = {},
+                             .prominence = real_of("prominence", prominence, 0, infinity),
+                             .smooth = real_of("smooth", smooth, 0, 1)};
+    if (!range.is_none()) {
+        const auto limits = py::tuple(py::reinterpret_borrow<py::object>(range));
+        if (limits.size() != 2) throw py::value_error("range: two limits are needed");
+        search.range = {.from = limit_of("range", limits[0]), .to = limit_of("range", limits[1])};
+        if (!(search.range.from < search.range.to)) {
+            throw py::value_error("range: the first limit has to lie below the second");
+        }
+    }
+    Said said;
+    std::vector<input::Window> windows;
+    std::vector<tools::Top> tops;
+    {
+        const py::gil_scoped_release release;
+        tools::add_grid_doubts(rs, said);
+        windows = tools::find_peaks(rs, gs, search);
+        for (const input::Window& window : windows) tops.push_back(tools::top_of(rs, gs, window));
+    }
+    py::list found;
+    for (std::size_t k = 0; k < windows.size(); ++k) {
+        const auto& [mode, height, note] = tops[k];
+        found.append(py::make_tuple(windows[k].rmin, windows[k].rmax, mode, height, note));
+    }
+    return py::make_tuple(found, said);
+}
+
+py::tuple read_file(const std::string& path, py::handle partials) {
+    std::optional<std::int32_t> declared;
+    if (!partials.is_none()) declared = whole_of("partials", partials, 0);
+    input::PdfSet& set = room()[0];
+    Said said;
+    {
+        const py::gil_scoped_release release;
+        said = tools::load_pdf(path, declared, set);
+    }
+    const auto bins = static_cast<std::size_t>(set.nbins);
+    const std::size_t columns = held_partials(set);
+    py::array_t<float> r(std::array{bins});
+    std::copy_n(set.r.begin(), bins, r.mutable_data());
+    // Each partial lies in one piece, so that a column of the result is passed on without a copy.
+    const auto in_pieces = [&](const auto& from) {
+        py::array_t<float> to({bins, columns}, {sizeof(float), bins * sizeof(float)});
+        for (std::size_t p = 0; p < columns; ++p) {
+            std::copy_n(from[p].begin(), bins, to.mutable_data() + p * bins);
+        }
+        return to;
+    };
+    return py::make_tuple(r, in_pieces(set.g), in_pieces(set.cn), said);
+}
+
+}  // namespace
+
+PYBIND11_MODULE(_core, module) {
+    py::register_exception_translator([](std::exception_ptr thrown) {
+        try {
+            if (thrown) std::rethrow_exception(thrown);
+        } catch (const tools::Failure& failure) {
+            PyErr_SetString(PyExc_ValueError, failure.what());
+        }
+    });
+    module.attr("version") = DORVEK_VERSION;
+    module.attr("sample_headings") = headings_of(driver::sample_lines());
+    module.attr("statistics_headings") = headings_of(driver::statistics_lines());
+    module.def("peak", peak);
+    module.def("compare", compare);
+    module.def("find_peaks", find_peaks);
+    module.def("read", read_file);
+}

@@ -1,0 +1,219 @@
+"""Statistics of peaks in pair distribution functions, on arrays.
+
+The numbers are those of the program dorvek and its companions: the same routines compute them, in
+single precision. What the program refuses raises ValueError in its words; what is to be said of a
+result is a `Doubt`, a warning.
+
+>>> import dorvek
+>>> r, g, n = dorvek.read("silica_300K.dat")
+>>> for window in dorvek.find_peaks(r, g[:, 1])[:2]:
+...     print(f"{window.rmin:g} {window.rmax:g} {window.mode:g}")
+1.46 2.14 1.61
+2.28 4.74 4.11
+>>> round(dorvek.peak(r, g[:, 1], n[:, 1], rmin=1.4, rmax=2.2).CN, 5)
+4.00781
+"""
+
+import os
+import warnings
+from collections import namedtuple
+
+from . import _core
+
+__version__ = _core.version
+
+
+class Doubt(UserWarning):
+    """What has to be known beside a number, of the data or of the window."""
+
+
+Peak = namedtuple("Peak", _core.sample_headings)
+Peak.__doc__ = """Statistics of one peak, as the report of dorvek has them; d... is the error of ...
+
+rmin and rmax are r of the first and of the last bin of the window, CN the coordination number, Rmea
+the mean distance, Rmod the most probable one, var the variance, varl and varr its parts below and
+above the mean, adif and arat their difference and ratio, pmo3 and pmo4 central moments, skew and
+kurt skewness and excess kurtosis, cum4 the fourth cumulant. Lengths are in the unit of r. CN and
+dCN are nan without n.
+"""
+
+Comparison = namedtuple("Comparison", ["first", "second", *_core.statistics_headings])
+Comparison.__doc__ = """The statistics of two peaks, each a `Peak`, and three tests of their difference.
+
+doff are degrees of freedom, sgfc the significance: the probability of a statistic (Student's t, F,
+chsq) at least as far out by chance alone, if every bin were an observation.
+"""
+
+Window = namedtuple("Window", ["rmin", "rmax", "mode", "height", "note"])
+Window.__doc__ = """A window around a peak, as `peak` takes its limits.
+
+mode and height are r and g of its highest bin; note tells what there is to warn of.
+"""
+
+
+def _warn(doubts):
+    for doubt in doubts:
+        warnings.warn(doubt, Doubt, stacklevel=3)
+
+
+def peak(r, g, n=None, *, rmin, rmax):
+    """Take the statistics of the peak in a window.
+
+    Parameters
+    ----------
+    r : array_like
+        Positions of the bins; they ascend in even steps. At most 10000.
+    g : array_like
+        The partial pair distribution function at each of them.
+    n : array_like, optional
+        Its running coordination number. Only CN and dCN depend on it; without it they are nan.
+    rmin, rmax : float
+        The limits of the window. Both go to the last r strictly below them.
+
+    Returns
+    -------
+    Peak
+
+    Raises
+    ------
+    ValueError
+        If there is no peak in the window, or the arrays make no sample.
+    TypeError
+        If an argument is of a kind that is no number.
+
+    Warns
+    -----
+    Doubt
+        What dorvek-batch would say in its column `message`.
+
+    Examples
+    --------
+    >>> r, g, n = read("silica_300K.dat")
+    >>> round(peak(r, g[:, 1], rmin=1.4, rmax=2.2).Rmea, 5)
+    1.6139
+    """
+    values, doubts = _core.peak(r, g, n, rmin, rmax)
+    _warn(doubts)
+    return Peak._make(values)
+
+
+def compare(first, second, *, rmin, rmax, constraints=0):
+    """Compare the peaks of two samples in one window.
+
+    Parameters
+    ----------
+    first, second : tuple of array_like
+        r, g and, if CN is wanted, n of a sample, as `peak` takes them. If the grids differ, the
+        second is brought onto that of the first by linear interpolation.
+    rmin, rmax : float
+        The limits of the window.
+    constraints : int, optional
+        How many constraints the chi-square test has, both samples together.
+
+    Returns
+    -------
+    Comparison
+
+    Raises
+    ------
+    ValueError, TypeError
+        As `peak` does.
+
+    Warns
+    -----
+    Doubt
+        What dorvek-batch would say in its column `message`.
+
+    Examples
+    --------
+    >>> r, g, n = read("silica_300K.dat")
+    >>> s, h, m = read("silica_1500K.dat")
+    >>> both = compare((r, g[:, 1], n[:, 1]), (s, h[:, 1], m[:, 1]), rmin=1.4, rmax=2.2)
+    >>> round(both.mean_sgfc, 5), both.second.var > both.first.var
+    (0.57992, True)
+    """
+    sides = []
+    for side in (first, second):
+        if not isinstance(side, (tuple, list)) or len(side) not in (2, 3):
+            raise TypeError("a sample is a tuple (r, g, n) or (r, g)")
+        sides.extend([*side, None][:3])
+    one, two, tests, doubts = _core.compare(*sides, rmin, rmax, constraints)
+    _warn(doubts)
+    return Comparison(Peak._make(one), Peak._make(two), *tests)
+
+
+def read(path, partials=None):
+    """Read a PDF file.
+
+    Parameters
+    ----------
+    path : path_like
+        Its name.
+    partials : int, optional
+        How many partials it holds; if not given, as many as its first line does.
+
+    Returns
+    -------
+    r, g, n : ndarray
+        float32, of the shapes (bins,), (bins, partials) and (bins, partials).
+
+    Raises
+    ------
+    ValueError
+        If there is no such file, or it cannot be read.
+
+    Warns
+    -----
+    Doubt
+        If bins or partials are left out (10000 and 10 are kept), a bin takes more than one line, or
+        r does not ascend in even steps.
+
+    Examples
+    --------
+    >>> r, g, n = read("silica_300K.dat")
+    >>> g.shape
+    (500, 3)
+    """
+    r, g, n, doubts = _core.read(os.fsencode(path), partials)
+    _warn(doubts)
+    return r, g, n
+
+
+def find_peaks(r, g, range=None, prominence=0.3, smooth=0.02):
+    """Find peaks and propose a window around each, as dorvek-peaks does.
+
+    Parameters
+    ----------
+    r, g : array_like
+        As `peak` takes them.
+    range : tuple of float, optional
+        Look at range[0] <= r <= range[1] only.
+    prominence : float, optional
+        The least of a peak, in the unit of g.
+    smooth : float, optional
+        Peaks are sought in a copy smoothed over this part of the r of the largest g.
+
+    Returns
+    -------
+    list of Window
+        In the order of r.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As `peak` does.
+
+    Warns
+    -----
+    Doubt
+        If r does not ascend in even steps.
+
+    Examples
+    --------
+    >>> r, g, n = read("silica_300K.dat")
+    >>> [round(window.mode, 2) for window in find_peaks(r, g[:, 1], range=(0, 5))]
+    [1.61, 4.11]
+    """
+    windows, doubts = _core.find_peaks(r, g, range, prominence, smooth)
+    _warn(doubts)
+    return [Window._make(window) for window in windows]
