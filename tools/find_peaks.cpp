@@ -160,12 +160,13 @@ Top top_of(std::span<const float> r, std::span<const float> g, const input::Wind
     const auto part = g.subspan(lo, static_cast<std::size_t>(window.ihi) - lo);
     const auto highest = std::ranges::max_element(part);
     Top top{.mode = r[lo + static_cast<std::size_t>(highest - part.begin())], .height = *highest};
-    const auto add = [&](const char* what) {
-        top.note += (top.note.empty() ? "" : "; ") + std::string(what);
+    const auto warn_if = [&](bool so, const char* what) {
+        if (so) top.note += (top.note.empty() ? "" : "; ") + std::string(what);
     };
-    if (part.size() < 5) add("fewer than 5 bins");
-    if (part.front() > 0.5f * top.height) add("g at rmin above half the height");
-    if (part.back() > 0.5f * top.height) add("g at rmax above half the height");
+    warn_if(part.size() < 5, "fewer than 5 bins");
+    warn_if(part.front() > 0.5f * top.height, "g at rmin above half the height");
+    warn_if(part.back() > 0.5f * top.height, "g at rmax above half the height");
+    warn_if(std::ranges::any_of(part, [](float value) { return value < 0; }), "g below zero");
     return top;
 }
 

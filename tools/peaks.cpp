@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <limits>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <set>
 #include <span>
@@ -16,6 +18,7 @@
 
 #include "csv.hpp"
 #include "data_file.hpp"
+#include "file_names.hpp"
 #include "find_peaks.hpp"
 #include "program.hpp"
 #include "results.hpp"
@@ -25,71 +28,101 @@ namespace {
 using namespace dorvek;
 using namespace dorvek::tools;
 
-// {a}_{b}.dat as the names a and b, and the texts before, between and behind them.
-struct Template {
-    Row names;
-    std::vector<std::string> texts;
-};
-
 struct Call {
     std::vector<std::string> files;
     bool suffixes = false;  // stand in the identifiers
     std::optional<std::int32_t> partials;
-    std::int32_t partial = 0;
+    std::vector<std::int32_t> chosen;  // partials; none: all
+    Row labels;                        // of all partials, or none
     PeakSearch search;
     bool first = false;
     bool common = false;
     std::optional<std::int32_t> scan;
-    std::optional<std::string> name;
+    std::optional<std::int32_t> scan_min;
+    Template pattern;
 };
 
-// The partial of one file, and what its name holds.
+// The chosen partials of one file, and what its name holds.
 struct Sample {
     std::string file;
     Row cells;
-    std::int32_t partials = 0;
+    std::int32_t partials = 0;         // of the file
+    std::vector<std::int32_t> chosen;  // their numbers
     std::vector<float> r;
-    std::vector<float> g;
+    std::vector<std::vector<float>> g;  // of each chosen one
 };
 
-Template read_template(std::string_view text) {
-    Template read;
-    for (std::size_t open = 0; (open = text.find('{')) != std::string_view::npos;) {
-        const std::size_t close = text.find('}', open);
-        if (close == std::string_view::npos) throw WrongCall("--name: a brace is not closed");
-        read.texts.emplace_back(text.substr(0, open));
-        read.names.emplace_back(text.substr(open + 1, close - open - 1));
-        text.remove_prefix(close + 1);
+Row split(std::string_view text) {
+    Row parts;
+    for (std::size_t comma = 0; (comma = text.find(',')) != std::string_view::npos;) {
+        parts.emplace_back(text.substr(0, comma));
+        text.remove_prefix(comma + 1);
     }
-    read.texts.emplace_back(text);
-    if (read.names.empty()) throw WrongCall("--name: nothing stands in braces");
-    return read;
+    parts.emplace_back(text);
+    return parts;
 }
 
-// What stands for the names, each the shortest text of at least one byte. With the first place
-// that fits the text behind it, most is left for the others; the last one has to reach the end.
-std::optional<Row> match(const Template& pattern, std::string_view name) {
-    if (!name.starts_with(pattern.texts[0])) return {};
-    name.remove_prefix(pattern.texts[0].size());
-    Row cells;
-    for (std::size_t i = 1; i < pattern.texts.size(); ++i) {
-        const std::string& behind = pattern.texts[i];
-        constexpr std::size_t none = std::string_view::npos;
-        const std::size_t length = i + 1 < pattern.texts.size() ? name.find(behind, 1)
-                                   : name.ends_with(behind)     ? name.size() - behind.size()
-                                                                : none;
-        if (length == none || length == 0) return {};
-        cells.emplace_back(name.substr(0, length));
-        name.remove_prefix(length + behind.size());
+// 1,3 as these numbers, all as none.
+std::vector<std::int32_t> read_partials(const std::string& text) {
+    std::vector<std::int32_t> chosen;
+    if (text == "all") return chosen;
+    for (const std::string& part : split(text)) {
+        const std::int32_t number = whole_of(part).value_or(0);
+        if (number <= (chosen.empty() ? 0 : chosen.back()) || number > input::maxpdf) {
+            throw WrongCall("--partial: " + text + " is neither all nor numbers from 1 to " +
+                            std::to_string(input::maxpdf) + " that ascend");
+        }
+        chosen.push_back(number);
     }
-    return cells;
+    return chosen;
 }
 
-Row headings_of(const Call& call, const Template& pattern) {
-    Row headings{"id", "file", "partials", "partial", "rmin", "rmax", "mode", "height", "note"};
-    if (call.scan) headings.emplace_back("shift");
-    for (const std::string& name : pattern.names) {
-        if (name.empty() || std::ranges::find(headings, name) != headings.end()) {
+Row read_labels(const std::string& text) {
+    Row labels = split(text);
+    const std::set<std::string> different(labels.begin(), labels.end());
+    if (different.size() < labels.size()) throw WrongCall("--labels: one stands twice");
+    if (different.contains("")) throw WrongCall("--labels: one is empty");
+    return labels;
+}
+
+void append(Row& row, const Row& more) {
+    row.insert(row.end(), more.begin(), more.end());
+}
+
+void require_agreement(const Call& call) {
+    const auto labels = static_cast<std::int32_t>(call.labels.size());
+    const std::int32_t last = call.chosen.empty() ? 0 : call.chosen.back();
+    if (call.partials && last > *call.partials) {
+        throw WrongCall("--partial: there are only " + std::to_string(*call.partials));
+    }
+    if (labels > 0 && (last > labels || call.partials.value_or(labels) != labels)) {
+        throw WrongCall("--labels: as many are wanted as there are partials in a file");
+    }
+}
+
+Row own_headings(bool label, bool shift, bool shift_min) {
+    Row headings{"id", "file", "partials", "partial"};
+    if (label) headings.emplace_back("label");
+    for (const char* heading : {"peak", "rmin", "rmax", "mode", "height", "note"}) {
+        headings.emplace_back(heading);
+    }
+    if (shift) headings.emplace_back("shift");
+    if (shift_min) headings.emplace_back("shift_min");
+    return headings;
+}
+
+// A column from names may not be taken for one of the table, or of what dorvek-batch makes of it;
+// the heading `name` is meant for this.
+Row headings_of(const Call& call) {
+    Row headings =
+        own_headings(!call.labels.empty(), call.scan.has_value(), call.scan_min.has_value());
+    std::set<std::string> taken{""};
+    for (const Row& row : {own_headings(true, true, true), window_headings(), batch_headings()}) {
+        taken.insert(row.begin(), row.end());
+    }
+    taken.erase("name");
+    for (const std::string& name : call.pattern.names) {
+        if (!taken.insert(name).second) {
             throw WrongCall("--name: there can be no further column {" + name + "}");
         }
         headings.push_back(name);
@@ -98,95 +131,100 @@ Row headings_of(const Call& call, const Template& pattern) {
 }
 
 // Throws BadFile.
-Sample load(const Call& call, const Template& pattern, const std::string& file) {
+Sample load(const Call& call, const std::string& file) {
     static const auto set = std::make_unique<input::PdfSet>();
     const std::string says = file + ": ";
     Sample sample;
     sample.file = file;
-    if (call.name) {
-        const auto cells = match(pattern, std::filesystem::path(file).filename().string());
+    sample.chosen = call.chosen;
+    if (!call.pattern.names.empty()) {
+        const auto cells = cells_of(call.pattern, file);
         if (!cells) throw BadFile(says + "does not match --name");
         sample.cells = *cells;
     }
     for (const std::string& what : load_pdf(file, call.partials, *set)) tell(says + what);
-    const Partial partial = partial_of(*set, call.partial, file);
     sample.partials = set->npdfs;
-    sample.r.assign(partial.r.begin(), partial.r.end());
-    sample.g.assign(partial.g.begin(), partial.g.end());
+    if (sample.chosen.empty()) {
+        sample.chosen.resize(std::max(held_partials(*set), std::size_t{1}));
+        std::iota(sample.chosen.begin(), sample.chosen.end(), 1);
+    }
+    for (const std::int32_t number : sample.chosen) {
+        const Partial partial = partial_of(*set, number, file);
+        sample.r.assign(partial.r.begin(), partial.r.end());
+        sample.g.emplace_back(partial.g.begin(), partial.g.end());
+    }
+    if (!call.labels.empty() && std::cmp_not_equal(sample.partials, call.labels.size())) {
+        throw BadFile(says + "its partials are " + std::to_string(sample.partials) +
+                      ", those of --labels " + std::to_string(call.labels.size()));
+    }
     return sample;
 }
 
-void append_window(std::string& table, const Call& call, const Sample& sample,
-                   const std::string& id, const input::Window& window, std::int32_t shift) {
-    const auto [mode, height, note] = top_of(sample.r, sample.g, window);
-    Row row{shift == 0 ? id : id + ":" + std::to_string(shift),
-            sample.file,
-            std::to_string(sample.partials),
-            std::to_string(call.partial),
-            shortest(window.rmin),
-            shortest(window.rmax),
-            text_of(mode),
-            text_of(height),
-            note};
-    if (call.scan) row.push_back(std::to_string(shift));
-    row.insert(row.end(), sample.cells.begin(), sample.cells.end());
-    append_row(table, row);
+// rmin to note.
+Row window_cells(std::span<const float> r, std::span<const float> g, const input::Window& window) {
+    const Top top = top_of(r, g, window);
+    return {shortest(window.rmin), shortest(window.rmax), text_of(top.mode), text_of(top.height),
+            top.note};
 }
 
-std::string without_suffix(const std::string& file) {
-    return std::filesystem::path(file).replace_extension().string();
-}
-
-// Would two files be called alike without their suffixes?
-bool needs_suffixes(const std::vector<std::string>& files) {
-    const std::set<std::string> names(files.begin(), files.end());
-    std::set<std::string> stems;
-    for (const std::string& name : names) stems.insert(without_suffix(name));
-    return stems.size() < names.size();
-}
-
-void write_windows(const Call& call, const Sample& sample,
+// Writes the windows of sample.chosen[c], moved in all ways that leave two bins on the grid.
+void write_windows(const Call& call, const Sample& sample, std::size_t c,
                    const std::vector<input::Window>& windows) {
     const auto nbins = static_cast<std::int32_t>(sample.r.size());
-    const std::int32_t scan = call.scan.value_or(0);
-    std::string table;
+    const std::int32_t partial = sample.chosen[c];
+    const std::string stem = (call.suffixes ? sample.file : without_suffix(sample.file)) + "-" +
+                             std::to_string(partial) + "-";
     for (std::size_t k = 0; k < windows.size(); ++k) {
-        std::string id = call.suffixes ? sample.file : without_suffix(sample.file);
-        id += "-" + std::to_string(call.partial) + "-" + std::to_string(k + 1);
-        const std::int32_t least = std::max(-scan, windows[k].ilo + 1 - windows[k].ihi);
-        const std::int32_t most = std::min(scan, nbins - windows[k].ihi);
-        for (std::int32_t shift = least; shift <= most; ++shift) {
-            input::Window window = windows[k];
-            window.ihi += shift;
-            set_limits(sample.r, window);
-            append_window(table, call, sample, id, window, shift);
+        const auto [rmin, rmax, ilo, ihi] = windows[k];
+        const std::string peak = std::to_string(k + 1);
+        Row what{sample.file, std::to_string(sample.partials), std::to_string(partial)};
+        if (!call.labels.empty())
+            what.push_back(call.labels[static_cast<std::size_t>(partial) - 1]);
+        what.push_back(peak);
+        const std::int32_t scan = call.scan.value_or(0);
+        const std::int32_t scan_min = call.scan_min.value_or(0);
+        std::int64_t left_out = (2 * std::int64_t{scan} + 1) * (2 * std::int64_t{scan_min} + 1);
+        std::string table;
+        for (std::int32_t s = std::max(-scan, 2 - ihi); s <= std::min(scan, nbins - ihi); ++s) {
+            const std::int32_t most = std::min(scan_min, ihi + s - 1 - ilo);
+            for (std::int32_t m = std::max(-scan_min, 1 - ilo); m <= most; ++m) {
+                input::Window moved{.ilo = ilo + m, .ihi = ihi + s};
+                set_limits(sample.r, moved);
+                Row row{stem + peak};
+                if (s != 0 || m != 0) row[0] += ":" + std::to_string(s);
+                if (m != 0) row[0] += ":" + std::to_string(m);
+                append(row, what);
+                append(row, window_cells(sample.r, sample.g[c], moved));
+                if (call.scan) row.push_back(std::to_string(s));
+                if (call.scan_min) row.push_back(std::to_string(m));
+                append(row, sample.cells);
+                append_row(table, row);
+                --left_out;
+            }
         }
-        if (least > -scan) {
-            complain(id + ": shifts below " + std::to_string(least) + " leave fewer than 2 bins");
-        }
-        if (most < scan) {
-            complain(id + ": shifts above " + std::to_string(most) + " lead beyond the last bin");
+        write(table);
+        if (left_out > 0) {
+            complain(stem + peak + ": " + std::to_string(left_out) +
+                     " moves are left out: off the grid, or fewer than 2 bins");
         }
     }
-    write(table);
 }
 
-// Complains of `what` if g has no peak.
+// Complains of a partial without a peak.
 std::vector<input::Window> windows_of(const Call& call, const std::string& what,
-                                      const std::vector<float>& r, const std::vector<float>& g) {
+                                      std::int32_t partial, std::span<const float> r,
+                                      std::span<const float> g) {
     std::vector<input::Window> windows = find_peaks(r, g, call.search);
-    if (windows.empty()) complain(what + ": no peak");
+    if (windows.empty()) complain(what + ": no peak in partial " + std::to_string(partial));
     if (call.first && windows.size() > 1) windows.resize(1);
     return windows;
 }
 
-std::vector<float> mean_g(const std::vector<Sample>& samples) {
+// Of sample.chosen[c], which all samples have, over the grid, which they share.
+std::vector<float> mean_g(const std::vector<Sample>& samples, std::size_t c) {
     std::vector<double> sums(samples[0].r.size());
     for (const Sample& sample : samples) {
-        if (sample.r != samples[0].r) {
-            throw Failure(sample.file + ": its grid is not that of " + samples[0].file);
-        }
-        for (std::size_t i = 0; i < sums.size(); ++i) sums[i] += sample.g[i];
+        std::ranges::transform(sums, sample.g[c], sums.begin(), std::plus<>());
     }
     std::vector<float> mean(sums.size());
     std::ranges::transform(sums, mean.begin(), [&](double sum) {
@@ -196,38 +234,47 @@ std::vector<float> mean_g(const std::vector<Sample>& samples) {
 }
 
 template <typename Use>
-void for_each_sample(const Call& call, const Template& pattern, Use use) {
+void for_each_sample(const Call& call, Use use) {
     for (const std::string& file : call.files) {
         try {
-            use(load(call, pattern, file));
+            use(load(call, file));
         } catch (const BadFile& bad) {
             complain(bad.what());
         }
     }
 }
 
-void write_table(const Call& call) {
-    if (call.partials && call.partial > *call.partials) {
-        throw WrongCall("--partial: there are only " + std::to_string(*call.partials));
-    }
-    const Template pattern = call.name ? read_template(*call.name) : Template{};
-    std::string headings;
-    append_row(headings, headings_of(call, pattern));
-    if (!call.common) {
-        write(headings);
-        for_each_sample(call, pattern, [&](const Sample& sample) {
-            write_windows(call, sample, windows_of(call, sample.file, sample.r, sample.g));
-        });
-        return;
-    }
+void write_windows_of_each(const Call& call, const std::string& headings) {
+    write(headings);
+    for_each_sample(call, [&](const Sample& sample) {
+        for (std::size_t c = 0; c < sample.chosen.size(); ++c) {
+            write_windows(call, sample, c,
+                          windows_of(call, sample.file, sample.chosen[c], sample.r, sample.g[c]));
+        }
+    });
+}
+
+void write_common_windows(const Call& call, const std::string& headings) {
     std::vector<Sample> samples;
-    for_each_sample(call, pattern, [&](Sample sample) { samples.push_back(std::move(sample)); });
-    std::vector<input::Window> windows;
-    if (!samples.empty()) {
-        windows = windows_of(call, "the mean of g", samples[0].r, mean_g(samples));
+    for_each_sample(call, [&](Sample sample) {
+        const Sample& first = samples.empty() ? sample : samples[0];
+        if (sample.r != first.r) {
+            throw Failure(sample.file + ": its grid is not that of " + first.file);
+        }
+        if (sample.chosen != first.chosen) {
+            throw Failure(sample.file + ": its partials are not those of " + first.file);
+        }
+        samples.push_back(std::move(sample));
+    });
+    std::vector<std::vector<input::Window>> windows;
+    for (std::size_t c = 0; !samples.empty() && c < samples[0].chosen.size(); ++c) {
+        windows.push_back(windows_of(call, "the mean of g", samples[0].chosen[c], samples[0].r,
+                                     mean_g(samples, c)));
     }
     write(headings);
-    for (const Sample& sample : samples) write_windows(call, sample, windows);
+    for (const Sample& sample : samples) {
+        for (std::size_t c = 0; c < windows.size(); ++c) write_windows(call, sample, c, windows[c]);
+    }
 }
 
 // As CLI::Range, which lets nan through, but for the words.
@@ -245,15 +292,19 @@ void program(int argc, char** argv) {
                  "dorvek-peaks");
     constexpr double infinity = std::numeric_limits<double>::infinity();
     Call call;
+    std::string partial;
+    std::optional<std::string> labels;
+    std::optional<std::string> name;
     app.add_option("FILE", call.files, "PDF files")->required();
     app.add_option("--partials", call.partials,
                    "partials in each file; if not said, those\nof its first line")
         ->type_name("N")
         ->check(from_to(1, infinity));
-    app.add_option("--partial", call.partial, "the one to look at, counted from 1")
+    app.add_option("--partial", partial, "those to look at, counted from 1: 2, or 1,3, or all")
         ->required()
-        ->type_name("P")
-        ->check(from_to(1, input::maxpdf));
+        ->type_name("P");
+    app.add_option("--labels", labels, "what each partial is called: Si-Si,Si-O,O-O")
+        ->type_name("L,...");
     app.add_option("--range", call.search.range, "look at A <= r <= B only")
         ->type_name("A:B")
         ->check([](const std::string& text) {
@@ -268,16 +319,24 @@ void program(int argc, char** argv) {
                    "not at all)")
         ->type_name("F")
         ->check(from_to(0, 1));
-    app.add_flag("--first", call.first, "only the first peak of each file");
+    app.add_flag("--first", call.first, "only the first peak of each partial");
     app.add_flag("--common", call.common, "the windows of the mean g for all files");
     app.add_option("--scan", call.scan, "each window 2K + 1 times, rmax moved by -K .. K bins")
         ->type_name("K")
-        ->check(from_to(0, infinity));
-    app.add_option("--name", call.name, "columns from names: '{glass}_{T}K.dat'")
-        ->type_name("TEMPLATE");
+        ->check(from_to(0, input::maxbin));
+    app.add_option("--scan-min", call.scan_min, "rmin moved likewise; each way of both")
+        ->type_name("K")
+        ->check(from_to(0, input::maxbin));
+    app.add_option("--name", name, "columns from names: '{glass}_{T}K.dat'")->type_name("TEMPLATE");
     parse(app, argc, argv);
     call.suffixes = needs_suffixes(call.files);
-    write_table(call);
+    call.chosen = read_partials(partial);
+    if (labels) call.labels = read_labels(*labels);
+    if (name) call.pattern = read_template(*name);
+    require_agreement(call);
+    std::string headings;
+    append_row(headings, headings_of(call));
+    (call.common ? write_common_windows : write_windows_of_each)(call, headings);
 }
 
 }  // namespace

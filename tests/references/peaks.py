@@ -44,7 +44,7 @@ def table(file, partial, prominence=0.3, smooth=0.02, bounds="0:99"):
         window = g[edges[0] : edges[1] + 1]
         mode, height = r[edges[0] + window.argmax()], window.max()
         cells = *(f"{r[i] + step / 2:.6g}" for i in edges), f"{mode:#.6g}", f"{height:#.6g}"
-        print(f"{file[:-4]}-{partial}-{k}", file, 3, partial, *cells, sep=",")
+        print(f"{file[:-4]}-{partial}-{k}", file, 3, partial, k, *cells, sep=",")
 
 
 SMOOTH = {"prominence": 0.1, "smooth": 0.05}
@@ -64,6 +64,6 @@ for file, partial, options in (
 ):
     words = "".join(f"--{name} {value} " for name, value in options.items())
     call = f"--partial {partial} {words.replace('bounds', 'range')}{file}"
-    print(f"$ dorvek-peaks {call} | cut -d , -f -8")
-    print("id,file,partials,partial,rmin,rmax,mode,height")
+    print(f"$ dorvek-peaks {call} | cut -d , -f -9")
+    print("id,file,partials,partial,peak,rmin,rmax,mode,height")
     table(file, partial, **options)
