@@ -7,7 +7,7 @@
 
 namespace dorvek::tools {
 
-using driver::Number;
+using driver::Field;
 
 std::string text_of(float value) {
     if (std::isnan(value)) return "NaN";
@@ -17,7 +17,7 @@ std::string text_of(float value) {
 
 Row result_headings() {
     Row row{"sample", "file", "name", "pdf"};
-    const auto add = [&](const Number& number) { row.emplace_back(number.heading); };
+    const auto add = [&](const Field& field) { row.emplace_back(field.heading); };
     for_each_number(driver::sample_lines(), add);
     for_each_number(driver::statistics_lines(), add);
     return row;
@@ -42,8 +42,10 @@ void append_result(Row& row, const driver::Report& report, std::size_t s, std::s
     row.emplace_back(file);
     row.emplace_back(name.substr(0, name.find_last_not_of(' ') + 1));
     row.push_back(std::to_string(report.ipdf[s]));
-    const auto add = [&](const Number& number) { row.push_back(text_of(number.in(report, s))); };
-    const auto add_empty = [&](const Number& /*number*/) { row.emplace_back(); };
+    const auto add = [&](const Field& field) {
+        row.push_back(text_of(number_of(field, report, s)));
+    };
+    const auto add_empty = [&](const Field& /*field*/) { row.emplace_back(); };
     for_each_number(driver::sample_lines(), add);
     if (report.nsamp == 2) {
         for_each_number(driver::statistics_lines(), add);

@@ -1,42 +1,32 @@
 #include "results_file.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <string_view>
 
 #include "program.hpp"
-#include "results.hpp"
 #include "textio/lines.hpp"
 
 namespace dorvek::tools {
 namespace {
 
-constexpr std::string_view first_line = "analysis of rmc pdfs\n";
-
-bool take(std::string_view& text, std::string_view part) {
-    if (!text.starts_with(part)) return false;
-    text.remove_prefix(part.size());
-    return true;
-}
-
-// Takes the line of a data file's name and the blank one below it.
-bool take_file_name(std::string_view& text, std::string& name) {
-    constexpr std::string_view label = "file: ";
-    std::string_view rest = text;
-    if (!take(rest, label) || rest.size() < textio::longest_field) return false;
-    name = textio::trimmed(rest.substr(0, textio::longest_field));
-    rest.remove_prefix(textio::longest_field);
-    if (!take(rest, "\n \n")) return false;
-    text = rest;
-    return true;
+// The line that a report begins with.
+std::string begin_of_report() {
+    return ' ' + std::string(driver::separator) + '\n';
 }
 
 // Goes on to the next line that may begin a report.
 void skip_damaged(std::string_view& text) {
-    const std::string begin = "\n " + std::string(driver::separator) + "\n";
-    const std::size_t found = text.find(begin);
+    const std::size_t found = text.find('\n' + begin_of_report());
     text.remove_prefix(found == std::string_view::npos ? text.size() : found + 1);
+}
+
+// Does a comparison stand somewhere in the text? No other line is so short.
+bool holds_comparison(std::string_view text) {
+    const std::string line(driver::statistics_lines()[1][0].label);
+    return text.find('\n' + line + '\n') != std::string_view::npos;
 }
 
 }  // namespace
@@ -60,7 +50,11 @@ std::optional<std::string> content_of(const std::string& name) {
 }
 
 bool is_results_file(std::string_view content) {
-    return first_line.starts_with(content.substr(0, first_line.size()));
+    textio::Output written{.fd = -1};  // holds it all, and is not flushed
+    driver::write_head(written);
+    const std::string_view head(written.buffer.data(), written.used);
+    const std::size_t line = std::min(head.find('\n') + 1, content.size());
+    return content.substr(0, line) == head.substr(0, line);
 }
 
 void for_each_report(const std::string& name, const std::function<void(const FiledReport&)>& use) {
@@ -71,15 +65,20 @@ void for_each_report(const std::string& name, const std::function<void(const Fil
 
 void for_each_report_of(std::string_view text, const std::string& name,
                         const std::function<void(const FiledReport&)>& use) {
-    if (!take(text, first_line) || !take(text, " \n")) {
-        return complain(name + ": no results file of dorvek");
-    }
+    if (!driver::take_head(text)) return complain(name + ": no results file of dorvek");
     FiledReport filed;
-    for (std::string file; take_file_name(text, file);) filed.files.push_back(file);
+    for (std::size_t s = 0; s < input::maxsamp; ++s) {
+        if (!take_file_name(text, filed.report, s)) break;
+        const input::FileName& file = filed.report.fnames[s];
+        filed.files.emplace_back(textio::trimmed({file.data(), file.size()}));
+    }
     filed.report.nsamp = static_cast<std::int32_t>(filed.files.size());
     if (text.empty()) return complain(name + ": no report");
-    if (filed.files.empty() || filed.files.size() > input::maxsamp) {
-        return complain(name + ": is damaged");
+    // What of the files' lines is damaged or lacking makes reports of other files, or of fewer.
+    const std::string begin = begin_of_report();
+    const bool begun = begin.starts_with(text.substr(0, begin.size()));
+    if (!begun || filed.files.empty() || (filed.files.size() == 1 && holds_comparison(text))) {
+        return complain(name + ": is cut short or damaged before the first report");
     }
     while (!text.empty()) {
         ++filed.number;

@@ -1,4 +1,5 @@
-// The report of one window, on the terminal and in the results file: its layout, written and read.
+// The results file and the report of one window, there and on the terminal: their layout, written
+// and read.
 #pragma once
 
 #include <algorithm>
@@ -7,19 +8,22 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <variant>
 
 #include "driver/analyse_window.hpp"
+#include "input/inpdf.hpp"
 #include "textio/output.hpp"
 
 namespace dorvek::driver {
 
 using SampleName = std::array<char, 80>;
 
-// What a report shows.
+// What a report shows, and the names of its data files.
 struct Report {
-    std::int32_t nsamp = 0;                           // samples, none if it is negative
-    std::array<SampleName, input::maxsamp> snames{};  // as typed, padded with blanks
-    std::array<std::int32_t, input::maxsamp> ipdf{};  // chosen partials, counted from 1
+    std::int32_t nsamp = 0;                                // samples, none if it is negative
+    std::array<input::FileName, input::maxsamp> fnames{};  // as typed, padded with blanks
+    std::array<SampleName, input::maxsamp> snames{};       // likewise
+    std::array<std::int32_t, input::maxsamp> ipdf{};       // chosen partials, counted from 1
     Analysis found{};
 };
 
@@ -28,50 +32,52 @@ struct Report {
     return static_cast<std::size_t>(std::max(report.nsamp, 0));
 }
 
-// A number of a report: the text before it, its heading in tables, and where it is, in the report
-// or in that of sample `s`, counted from 0.
-struct Number {
+// Behind a blank, begins the block of a sample; alone, ends a comparison in the results file.
+inline constexpr std::string_view separator = "------------------------------------------------";
+
+// Where a value is: a number, or a text padded with blanks.
+using Value = std::variant<float*, std::int32_t*, std::span<char>>;
+
+// What stands on a line: a text and, if `in` says where it is, a value of the report or of its
+// sample `s`, counted from 0. A number of the statistics has a heading in tables.
+struct Field {
     std::string_view label;
-    std::string_view heading;
-    const float& (*in)(const Report& report, std::size_t s) = nullptr;
+    std::string_view heading = {};
+    Value (*in)(Report& report, std::size_t s) = nullptr;
 };
+using Line = std::array<Field, 2>;
 
-// A line of a report: a text, or one number or two.
-struct Line {
-    std::string_view text;
-    std::array<Number, 2> numbers{};
-};
-
-// The lines of a sample block below the partial, and those of the statistics block.
+// The lines of a sample block, and those of the statistics block, without what ends it.
 [[nodiscard]] std::span<const Line> sample_lines();
 [[nodiscard]] std::span<const Line> statistics_lines();
 
-// Calls use(number) for each number of the lines, in order.
+// Calls use(field) for each field of the lines that has a heading, in order.
 template <typename Use>
 void for_each_number(std::span<const Line> lines, Use use) {
     for (const Line& line : lines) {
-        for (const Number& number : line.numbers) {
-            if (number.in != nullptr) use(number);
+        for (const Field& field : line) {
+            if (!field.heading.empty()) use(field);
         }
     }
 }
 
-// The statistics of the peak of sample `s`, 23 lines.
-void write_sample_block(textio::Output& output, const Report& report, std::size_t s);
+// The number in such a field.
+[[nodiscard]] float number_of(const Field& field, const Report& report, std::size_t s);
 
-// The two samples' comparison, 15 lines without the separator that ends it.
-void write_statistics_block(textio::Output& output, const Report& report);
+// What the results file begins with, then what it says of the data file of each sample.
+void write_head(textio::Output& output);
+void write_file_name(textio::Output& output, const Report& report, std::size_t s);
 
-// The whole report. The terminal's copy ends a comparison with one line more, and in another form.
-void write_terminal(textio::Output& output, const Report& report);
+// The report: statistics of each sample, 23 lines, and of two the comparison, 16 lines. The
+// terminal's copy ends a comparison with one line more, and in another form.
 void write_results(textio::Output& output, const Report& report);
+void write_terminal(textio::Output& output, const Report& report);
 
-// Separates the blocks of a report.
-inline constexpr std::string_view separator = "------------------------------------------------";
-
-// Reads the report that `text` begins with, as write_results writes it for report.nsamp samples,
-// and takes it away from `text`. False if what stands there is not such a report, to the byte; then
-// `text` is left as it is, and `report` holds nothing of worth.
+// Each takes away from `text` what it begins with, if that is what the routine above writes, to the
+// byte, for report.nsamp samples. If not, they return false and leave `text` as it is, and what
+// `report` then holds of it is of no worth.
+[[nodiscard]] bool take_head(std::string_view& text);
+[[nodiscard]] bool take_file_name(std::string_view& text, Report& report, std::size_t s);
 [[nodiscard]] bool take_report(std::string_view& text, Report& report);
 
 }  // namespace dorvek::driver

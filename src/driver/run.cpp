@@ -24,7 +24,6 @@ namespace {
 using input::maxsamp;
 using textio::Terminal;
 using textio::write_line;
-using textio::write_text;
 
 constexpr const char* results_name = "dorvek.res";
 
@@ -51,10 +50,6 @@ void close_results(Run& run, Terminal& terminal) {
     }
 }
 
-std::string_view text_of(std::span<const char> field) {
-    return {field.data(), field.size()};
-}
-
 // A question about sample `s`, counted from 0 here and from 1 in the prompt.
 void ask(Terminal& terminal, std::string_view before, std::size_t s, std::string_view after) {
     write_line(terminal.out, {before, static_cast<std::int32_t>(s + 1), after});
@@ -72,8 +67,7 @@ void start_data_set(Run& run, Terminal& terminal) {
     write_line(terminal.out, {" "});
     run.report.nsamp = maxsamp;
     open_results(run, terminal);
-    write_text(run.results, "analysis of rmc pdfs");
-    write_text(run.results, " ");
+    write_head(run.results);
     save_results(run, terminal);
     write_line(terminal.out, {"analyse rmc results"});
     write_line(terminal.out, {" "});
@@ -88,12 +82,10 @@ void start_data_set(Run& run, Terminal& terminal) {
 void load_samples(Run& run, Terminal& terminal) {
     for (std::size_t s = 0; s < samples(run.report); ++s) {
         ask(terminal, "pdf file (", s, ") : ");
-        read_text(terminal, run.fname);
-        put(run.results, "file: ");
-        write_text(run.results, text_of(run.fname));
-        write_text(run.results, " ");
+        read_text(terminal, run.report.fnames[s]);
+        write_file_name(run.results, run.report, s);
         save_results(run, terminal);
-        inpdf(run.sets[s], run.fname, terminal, run.file);
+        inpdf(run.sets[s], run.report.fnames[s], terminal, run.file);
         ask(terminal, "sample name (", s, ") : ");
         read_text(terminal, run.report.snames[s]);
     }

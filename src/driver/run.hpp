@@ -5,7 +5,6 @@
 #include <cstdint>
 
 #include "driver/report.hpp"
-#include "input/inpdf.hpp"
 #include "input/pdf_set.hpp"
 #include "textio/lines.hpp"
 #include "textio/output.hpp"
@@ -17,10 +16,9 @@ namespace dorvek::driver {
 // 1.7 MB, most of it never touched. Answers live as long as the run, for a null answer keeps the
 // one before; samples live for one set of data, a window and its results for one analysis.
 struct Run {
-    input::FileName fname{};
     std::array<input::PdfSet, input::maxsamp> sets;
     std::array<std::int32_t, input::maxsamp> ncons{};  // constraints
-    Report report;                                     // samples, partials and window as answered
+    Report report;                                     // names, partials and window as answered
     textio::Output results;                            // "dorvek.res"
     textio::Input file;                                // the PDF file being read
 };

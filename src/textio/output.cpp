@@ -12,20 +12,13 @@
 namespace dorvek::textio {
 
 void write_line(Output& output, std::initializer_list<Item> items) {
-    NumberText text{};
     bool after_number = false;
     put(output, " ");
     for (const Item& item : items) {
-        if (const auto* words = std::get_if<std::string_view>(&item)) {
-            if (after_number) put(output, " ");
-            put(output, *words);
-            after_number = false;
-            continue;
-        }
-        const auto* integer = std::get_if<std::int32_t>(&item);
-        put(output, integer != nullptr ? format_integer(*integer, text)
-                                       : format_real(*std::get_if<float>(&item), text));
-        after_number = true;
+        const bool number = !std::holds_alternative<std::string_view>(item);
+        if (after_number && !number) put(output, " ");
+        put_item(output, item);
+        after_number = number;
     }
     put(output, "\n");
 }
@@ -43,6 +36,17 @@ void put(Output& output, std::string_view text) {
         std::copy(part.begin(), part.end(), output.buffer.data() + output.used);
         output.used += part.size();
         text.remove_prefix(part.size());
+    }
+}
+
+void put_item(Output& output, const Item& item) {
+    NumberText text{};
+    if (const auto* words = std::get_if<std::string_view>(&item)) {
+        put(output, *words);
+    } else if (const auto* integer = std::get_if<std::int32_t>(&item)) {
+        put(output, format_integer(*integer, text));
+    } else {
+        put(output, format_real(*std::get_if<float>(&item), text));
     }
 }
 

@@ -29,8 +29,9 @@ void write_line(Output& output, std::initializer_list<Item> items);
 // Writes one line that holds the text exactly, trailing blanks included.
 void write_text(Output& output, std::string_view text);
 
-// Adds text to the line being written.
+// Add to the line being written: text, or an item, a number with its sign field.
 void put(Output& output, std::string_view text);
+void put_item(Output& output, const Item& item);
 
 // Hands everything written so far to the system. False if that, or any write before, failed.
 bool flush(Output& output);

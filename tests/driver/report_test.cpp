@@ -19,12 +19,9 @@ std::string written(const Report& report) {
 Report report_of(std::int32_t nsamp, std::uint32_t& bits) {
     Report report{.nsamp = nsamp, .ipdf = {3, -7}};
     const auto fill = [&](std::span<const Line> lines, std::size_t s) {
-        for (const Line& line : lines) {
-            for (const Number& number : line.numbers) {
-                if (number.in == nullptr) continue;
-                const_cast<float&>(number.in(report, s)) = std::bit_cast<float>(bits += 104729);
-            }
-        }
+        for_each_number(lines, [&](const Field& field) {
+            *std::get<float*>(field.in(report, s)) = std::bit_cast<float>(bits += 104729);
+        });
     };
     for (std::size_t s = 0; s < samples(report); ++s) {
         report.snames[s].fill(' ');

@@ -51,8 +51,8 @@ check 'what is wrong' 'cut.res: report 3 is cut short or damaged
 label.res: report 1 is cut short or damaged
 number.res: report 1 is cut short or damaged
 none.res: no report
-begun.res: is damaged
-named.res: is damaged
+begun.res: is cut short or damaged before the first report
+named.res: is cut short or damaged before the first report
 text.res: no results file of dorvek
 empty.res: no results file of dorvek
 gone.res: cannot be read: No such file or directory
