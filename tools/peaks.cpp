@@ -52,37 +52,19 @@ struct Sample {
     std::vector<std::vector<float>> g;  // of each chosen one
 };
 
-Row split(std::string_view text) {
-    Row parts;
-    for (std::size_t comma = 0; (comma = text.find(',')) != std::string_view::npos;) {
-        parts.emplace_back(text.substr(0, comma));
-        text.remove_prefix(comma + 1);
-    }
-    parts.emplace_back(text);
-    return parts;
-}
-
-// 1,3 as these numbers, all as none.
-std::vector<std::int32_t> read_partials(const std::string& text) {
+// 1 and 3 as these numbers, all as none.
+std::vector<std::int32_t> read_partials(const Row& words) {
     std::vector<std::int32_t> chosen;
-    if (text == "all") return chosen;
-    for (const std::string& part : split(text)) {
-        const std::int32_t number = whole_of(part).value_or(0);
+    if (words == Row{"all"}) return chosen;
+    for (const std::string& word : words) {
+        const std::int32_t number = whole_of(word).value_or(0);
         if (number <= (chosen.empty() ? 0 : chosen.back()) || number > input::maxpdf) {
-            throw WrongCall("--partial: " + text + " is neither all nor numbers from 1 to " +
-                            std::to_string(input::maxpdf) + " that ascend");
+            throw WrongCall("--partial: neither all nor ascending numbers from 1 to " +
+                            std::to_string(input::maxpdf));
         }
         chosen.push_back(number);
     }
     return chosen;
-}
-
-Row read_labels(const std::string& text) {
-    Row labels = split(text);
-    const std::set<std::string> different(labels.begin(), labels.end());
-    if (different.size() < labels.size()) throw WrongCall("--labels: one stands twice");
-    if (different.contains("")) throw WrongCall("--labels: one is empty");
-    return labels;
 }
 
 void append(Row& row, const Row& more) {
@@ -90,6 +72,9 @@ void append(Row& row, const Row& more) {
 }
 
 void require_agreement(const Call& call) {
+    const std::set<std::string> different(call.labels.begin(), call.labels.end());
+    if (different.size() < call.labels.size()) throw WrongCall("--labels: one stands twice");
+    if (different.contains("")) throw WrongCall("--labels: one is empty");
     const auto labels = static_cast<std::int32_t>(call.labels.size());
     const std::int32_t last = call.chosen.empty() ? 0 : call.chosen.back();
     if (call.partials && last > *call.partials) {
@@ -178,9 +163,11 @@ void write_windows(const Call& call, const Sample& sample, std::size_t c,
         const auto [rmin, rmax, ilo, ihi] = windows[k];
         const std::string peak = std::to_string(k + 1);
         Row what{sample.file, std::to_string(sample.partials), std::to_string(partial)};
-        if (!call.labels.empty())
-            what.push_back(call.labels[static_cast<std::size_t>(partial) - 1]);
-        what.push_back(peak);
+        if (call.labels.empty()) {
+            append(what, {peak});
+        } else {
+            append(what, {call.labels[static_cast<std::size_t>(partial - 1)], peak});
+        }
         const std::int32_t scan = call.scan.value_or(0);
         const std::int32_t scan_min = call.scan_min.value_or(0);
         std::int64_t left_out = (2 * std::int64_t{scan} + 1) * (2 * std::int64_t{scan_min} + 1);
@@ -292,8 +279,7 @@ void program(int argc, char** argv) {
                  "dorvek-peaks");
     constexpr double infinity = std::numeric_limits<double>::infinity();
     Call call;
-    std::string partial;
-    std::optional<std::string> labels;
+    Row partial;
     std::optional<std::string> name;
     app.add_option("FILE", call.files, "PDF files")->required();
     app.add_option("--partials", call.partials,
@@ -302,9 +288,13 @@ void program(int argc, char** argv) {
         ->check(from_to(1, infinity));
     app.add_option("--partial", partial, "those to look at, counted from 1: 2, or 1,3, or all")
         ->required()
-        ->type_name("P");
-    app.add_option("--labels", labels, "what each partial is called: Si-Si,Si-O,O-O")
-        ->type_name("L,...");
+        ->type_name("P,...")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    app.add_option("--labels", call.labels, "what each partial is called: Si-Si,Si-O,O-O")
+        ->type_name("L,...")
+        ->delimiter(',')
+        ->allow_extra_args(false);
     app.add_option("--range", call.search.range, "look at A <= r <= B only")
         ->type_name("A:B")
         ->check([](const std::string& text) {
@@ -331,7 +321,6 @@ void program(int argc, char** argv) {
     parse(app, argc, argv);
     call.suffixes = needs_suffixes(call.files);
     call.chosen = read_partials(partial);
-    if (labels) call.labels = read_labels(*labels);
     if (name) call.pattern = read_template(*name);
     require_agreement(call);
     std::string headings;
