@@ -148,14 +148,15 @@ void analyse(std::span<const input::PdfSet> sets, std::int64_t constraints, driv
 
 py::list headings_of(std::span<const driver::Line> lines) {
     py::list headings;
-    for_each_number(lines, [&](const auto& number) { headings.append(number.heading); });
+    for_each_number(lines, [&](const driver::Field& field) { headings.append(field.heading); });
     return headings;
 }
 
 py::list values_of(std::span<const driver::Line> lines, const driver::Report& report,
                    std::size_t s) {
     py::list values;
-    for_each_number(lines, [&](const auto& number) { values.append(number.in(report, s)); });
+    for_each_number(
+        lines, [&](const driver::Field& field) { values.append(number_of(field, report, s)); });
     return values;
 }
 
