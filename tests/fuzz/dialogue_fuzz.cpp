@@ -49,7 +49,6 @@ void reset(dorvek::driver::Run& run, float left) {
         for (auto& column : set.cn) column.fill(left);
     }
     run.report = {};
-    run.fname = {};
     run.ncons = {};
     run.results = {};
     run.file = {};
