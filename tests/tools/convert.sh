@@ -40,7 +40,8 @@ columns --running --use 4|.5 1 2 3 4\n.6 5 6 7 8\n|0|.5 3 4\n.6 7 8\n|
 columns --running|.5 1 2 3\n.6 5 6 7\n|1||4 columns are not r, and g and n of each partial
 columns --density 1|r\n.5\n.6\n|1||1 columns are not r, and g of each partial
 columns --running|2$(printf ' 1%.0s' $(seq 22))\n3$(printf ' 1%.0s' $(seq 22))\n|0|2$(printf ' 1%.0s' $(seq 22))\n3$(printf ' 1%.0s' $(seq 22))\n|11 partials: dorvek takes the first 10
-columns --running|2 1 2\n4 3 4\n2 5 6\n4 7 8\n|0|2 5 6\n4 7 8\n|2 blocks
+columns --running --step last|2 1 2\n4 3 4\n2 5 6\n4 7 8\n|0|2 5 6\n4 7 8\n|2 blocks
+columns --running|2 1 2\n4 3 4\n2 5 6\n4 7 8\n|1||before block 2, line 2: 4 3 4
 columns --running|2 1 2\n4 3 4\n# next\n2 5 6\n4 7 8|0|2 1 2\n4 3 4\n|cut short
 columns --running|2 1 2\n4 3 4\n2 5 6\n|0|2 1 2\n4 3 4\n|cut short
 columns --running|2 1 2\n4 3 4\n2 5 6\n4 7|0|2 1 2\n4 3 4\n|cut short
@@ -58,9 +59,9 @@ columns --density 1|2 1\n4 1e39\n|1||line 2: column 2 is no number
 columns --density 1|r;g\n2 0x1\n|1||line 2: column 2 is no number
 columns --density 1|2 1\n4 2*1\n|1||line 2: column 2 is no number
 columns --density 1|2,,1\n|1||line 1: column 2 is no number
-columns --density 1|r;g\n0,02;0,5\n|1||line 2: column 2 is no number
+columns --density $rho|r;g\n2,0;,5\n4,0;0\n|0|2.0 .5 4\n4.0 0 4\n|1 block
 columns --density 1|2 1\n4 1 1\n|1||line 2: the number of columns is 3, not 2
-columns --density 1|0,02\t1,5\n0,03\t1,5\n|1||r does not ascend in even steps at 0
+columns --density 1|0,02\t1,5\n0,03\t1,5\n|1||line 1: decimal commas
 columns --density 1|2 1\n3 1\n4 1\n6 1\n7 1\n|1||r does not ascend in even steps at
 columns --density 1|2 1\n|1||fewer than two bins
 columns --density 1|heading\n|1||no whole block
@@ -84,7 +85,7 @@ columns --density 1 --step all|2 1\n4 1\n|2||-o
 columns --density 1 --from 2|2 1\n4 1\n|2||--step mean
 columns --density 1 $scratch/none||1||none: Cannot open file: No such file
 columns --density 1 $scratch||1||Is a directory
-lammps --density 1|${lammps}|2||goes with columns
+lammps --density 1|${lammps}|2||does not go with lammps
 lammps|${lammps}0 2\n1 .1 1 2\n2 .3 3 4\n${lammps}9 2\n1 .1 5 6\n2 .3 7 8\n|0|.1 5 6\n.3 7 8\n|2 blocks
 lammps|${lammps}0 2\n1 .1 1 2\n2 .3 3 4\n9 2\n1 .1 5 6\n2 .3 7 8|0|.1 1 2\n.3 3 4\n|cut short
 lammps|${lammps}0 2\n1 .1 1 2\n2 .3 3 4\n9 2\n1 .1 5 6\n|0|.1 1 2\n.3 3 4\n|cut short

@@ -1,0 +1,225 @@
+#include "pdf_text.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+#include <string_view>
+
+#include "csv.hpp"
+#include "failure.hpp"
+#include "grid.hpp"
+#include "running.hpp"
+
+namespace dorvek::tools {
+namespace {
+
+// A partial: columns of blocks, or computed running numbers.
+struct Partial {
+    const Block* block = nullptr;
+    std::size_t column = 0;          // of g, r being 0
+    const Block* running = nullptr;  // where n is read from, if it is,
+    std::size_t running_column = 0;
+    std::vector<double> n;  // or n itself
+};
+
+std::vector<double> column_of(const Block& block, std::size_t column) {
+    std::vector<double> values(rows_of(block));
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = at(block, i, column).value;
+    return values;
+}
+
+std::string text_of(const Block& block, std::size_t row, std::size_t column) {
+    const Number& number = at(block, row, column);
+    return number.length > 0 ? std::string(text_at(block, row, column)) : written(number.value);
+}
+
+// The columns of g of a block, r being 0.
+std::vector<std::size_t> columns_of_g(const Layout& layout, std::size_t width) {
+    std::vector<std::size_t> columns;
+    for (const std::size_t column : layout.use) columns.push_back(column - 1);
+    const std::size_t step = layout.running ? 2 : 1;
+    for (std::size_t column = 1; layout.use.empty() && column < width; column += step) {
+        columns.push_back(column);
+    }
+    const std::size_t last = columns.empty() ? width : std::ranges::max(columns) + step - 1;
+    if (last < width) return columns;
+    if (!layout.use.empty()) {
+        throw WrongCall("--use: there are " + std::to_string(width) + " columns");
+    }
+    throw Failure(std::to_string(width) + " columns are not r, and g" +
+                  (layout.running ? " and n" : "") + " of each partial");
+}
+
+void require_same_grid(std::span<const double> r, const Block& block, const std::string& what) {
+    const auto other = column_of(block, 0);
+    const auto [place, other_place] = std::ranges::mismatch(r, other);
+    if (place == r.end() && other_place == other.end()) return;
+    throw Failure(what + " has another grid from row " + std::to_string(place - r.begin() + 1) +
+                  " on");
+}
+
+std::vector<Partial> partials_of(std::span<const Block> sets, std::span<const Block> running,
+                                 const Layout& layout, std::span<const double> r) {
+    if (!running.empty() && running.size() != sets.size()) {
+        throw Failure("--cn: there are " + std::to_string(running.size()) + " blocks for " +
+                      std::to_string(sets.size()));
+    }
+    std::vector<Partial> partials;
+    for (std::size_t set = 0; set < sets.size(); ++set) {
+        require_same_grid(r, sets[set], "set " + std::to_string(set + 1));
+        for (const std::size_t column : columns_of_g(layout, sets[set].width)) {
+            Partial partial;
+            partial.block = &sets[set];
+            partial.column = column;
+            if (layout.running) {
+                partial.running = partial.block;
+                partial.running_column = column + 1;
+            }
+            if (!running.empty()) {
+                partial.running = &running[set];
+                partial.running_column = column;
+                if (column >= running[set].width) {
+                    throw Failure("--cn: there are " + std::to_string(running[set].width) +
+                                  " columns");
+                }
+                require_same_grid(r, running[set], "--cn: the file");
+            }
+            partials.push_back(partial);
+        }
+    }
+    return partials;
+}
+
+// The density of the atoms that this partial counts.
+double density_of(const Layout& layout, std::size_t partial, std::size_t partials) {
+    if (layout.densities.empty()) return layout.density;
+    if (layout.densities.size() == partials) return layout.densities[partial];
+    throw WrongCall("partials: " + std::to_string(partials) +
+                    ", fractions or pairs: " + std::to_string(layout.densities.size()));
+}
+
+// n that has been read and falls is another function, or that of another partial.
+void require_running(const Partial& partial, std::size_t number) {
+    for (std::size_t i = 1; i < rows_of(*partial.block); ++i) {
+        const auto n = [&](std::size_t row) {
+            return at(*partial.running, row, partial.running_column).value;
+        };
+        if (n(i) >= n(i - 1) || at(*partial.block, i, partial.column).value < 0) continue;
+        throw Failure("n of partial " + std::to_string(number) + " falls at r = " +
+                      text_of(*partial.block, i, 0) + ": that is no running number");
+    }
+}
+
+// The places behind the point, and the significant digits, of a number as text.
+struct Digits {
+    int behind_point = 0;
+    int significant = 0;
+};
+
+Digits digits_of(std::string_view text) {
+    Digits digits;
+    bool behind_point = false;
+    std::size_t i = 0;
+    for (; i < text.size() &&
+           (std::string_view("+-.0123456789").find(text[i]) != std::string_view::npos);
+         ++i) {
+        if (text[i] == '.') behind_point = true;
+        if (text[i] < '0') continue;
+        if (behind_point) ++digits.behind_point;
+        if (digits.significant > 0 || text[i] != '0') ++digits.significant;
+    }
+    if (i < text.size()) digits.behind_point = 30;  // an exponent: digits alone count
+    return digits;
+}
+
+// Would more digits of r make its steps even? No bin then lies further off its place than rounding
+// moves it.
+bool is_rounded(std::span<const double> r, const Block& block, std::size_t first) {
+    Digits most;
+    for (std::size_t i = 0; i < r.size(); ++i) {
+        const Digits digits = digits_of(text_at(block, first + i, 0));
+        most.behind_point = std::max(most.behind_point, digits.behind_point);
+        most.significant = std::max(most.significant, digits.significant);
+    }
+    const double step = (r.back() - r.front()) / static_cast<double>(r.size() - 1);
+    for (std::size_t i = 0; i < r.size(); ++i) {
+        const double place = r.front() + static_cast<double>(i) * step;
+        const double leading = std::floor(std::log10(std::max(std::abs(place), 1e-30)));
+        const double unit = std::pow(
+            10, std::max(-static_cast<double>(most.behind_point), leading + 1 - most.significant));
+        if (std::abs(r[i] - place) > 1.01 * unit) return false;
+    }
+    return true;
+}
+
+void require_even(std::span<const double> r, const Block& block, std::size_t first) {
+    if (r.size() < 2) throw Failure("fewer than two bins");
+    const auto place = [&](std::size_t i) { return r[i]; };
+    const std::size_t bad = r.back() > r.front() ? out_of_step(r.size(), place) : 1;
+    if (bad == r.size()) return;
+    throw Failure("r does not ascend in even steps at " + text_of(block, first + bad, 0) +
+                  (is_rounded(r, block, first) ? ": it has too few digits" : ""));
+}
+
+}  // namespace
+
+std::string written(double value) {
+    const auto nearest = static_cast<float>(value);
+    if (!std::isfinite(nearest)) throw Failure("a number is too large to be written");
+    return shortest(nearest);
+}
+
+std::string pdf_text(std::span<const Block> sets, std::span<const Block> running,
+                     const Layout& layout, Remarks& remarks) {
+    const Block& first = sets.front();
+    const std::vector<double> r = column_of(first, 0);
+    std::vector<Partial> partials = partials_of(sets, running, layout, r);
+
+    const auto inside = [&](double place) {
+        const auto rounded = static_cast<float>(place);
+        return rounded >= layout.range.from && rounded <= layout.range.to;
+    };
+    const auto from = static_cast<std::size_t>(std::ranges::find_if(r, inside) - r.begin());
+    const auto end = static_cast<std::size_t>(
+        std::find_if_not(r.begin() + static_cast<std::ptrdiff_t>(from), r.end(), inside) -
+        r.begin());
+    const auto grid = std::span(r).subspan(from, end - from);
+    require_even(grid, first, from);
+
+    // Of the whole file if that is even, so that a range changes no digit.
+    const bool all_even = out_of_step(r.size(), [&](std::size_t i) { return r[i]; }) == r.size();
+    for (std::size_t p = 0; p < partials.size(); ++p) {
+        Partial& partial = partials[p];
+        if (partial.running != nullptr) {
+            require_running(partial, p + 1);
+        } else {
+            partial.n = running_numbers(r, column_of(*partial.block, partial.column),
+                                        density_of(layout, p, partials.size()),
+                                        all_even ? std::span(r) : grid);
+        }
+    }
+    remarks.bins = std::max(remarks.bins, grid.size());
+    remarks.partials = std::max(remarks.partials, partials.size());
+    remarks.all_count_all =
+        partials.size() > 1 && layout.densities.empty() && !layout.running && running.empty();
+
+    std::string text;
+    for (std::size_t i = from; i < end; ++i) {
+        bool below_zero = false;
+        text += text_of(first, i, 0);
+        for (const Partial& partial : partials) {
+            text += ' ' + text_of(*partial.block, i, partial.column) + ' ';
+            text += partial.running == nullptr
+                        ? written(partial.n[i])
+                        : text_of(*partial.running, i, partial.running_column);
+            below_zero = below_zero || at(*partial.block, i, partial.column).value < 0;
+        }
+        text += '\n';
+        remarks.below_zero += below_zero ? 1 : 0;
+    }
+    return text;
+}
+
+}  // namespace dorvek::tools
