@@ -26,14 +26,18 @@
 #include "driver/report.hpp"
 #include "failure.hpp"
 #include "find_peaks.hpp"
+#include "grid.hpp"
 #include "input/pdf_set.hpp"
+#include "running.hpp"
 
 namespace {
 
 using namespace dorvek;
 namespace py = pybind11;
 
-using Floats = py::array_t<float, py::array::c_style | py::array::forcecast>;
+template <typename Number>
+using Array = py::array_t<Number, py::array::c_style | py::array::forcecast>;
+using Floats = Array<float>;
 using Said = std::vector<std::string>;
 
 // A sample as it came: r, g and, if it is given, n, of one length.
@@ -43,11 +47,14 @@ struct Sample {
     std::optional<Floats> n;
 };
 
-std::span<const float> span_of(const Floats& values) {
+template <typename Number>
+std::span<const Number> span_of(const Array<Number>& values) {
     return {values.data(), static_cast<std::size_t>(values.size())};
 }
 
-Floats floats_of(const char* name, py::handle given) {
+// A column of real numbers, made to be of this type.
+template <typename Number = float>
+Array<Number> column_of(const char* name, py::handle given) {
     const std::string says = std::string(name) + ": ";
     const auto array = py::array::ensure(given);
     if (!array || std::strchr("biuf", array.dtype().kind()) == nullptr) {
@@ -57,23 +64,25 @@ Floats floats_of(const char* name, py::handle given) {
         throw py::value_error(says + "one dimension is needed, not " +
                               std::to_string(array.ndim()));
     }
-    return Floats::ensure(array);
+    return Array<Number>::ensure(array);
 }
 
-void require_finite(const char* name, std::span<const float> values) {
-    const auto bad = std::ranges::find_if_not(values, [](float x) { return std::isfinite(x); });
-    if (bad != values.end()) {
-        throw py::value_error(std::string(name) + ": NaN, infinite or too large for a float");
+template <typename Number>
+void require_finite(const char* name, std::span<const Number> values) {
+    if (!std::ranges::all_of(values, [](Number x) { return std::isfinite(x); })) {
+        throw py::value_error(std::string(name) + ": NaN, infinite or too large");
     }
+}
+
+void require_lengths(bool agree) {
+    if (!agree) throw py::value_error("the arrays differ in length");
 }
 
 Sample sample_of(py::handle r, py::handle g, py::handle n) {
-    Sample sample{.r = floats_of("r", r), .g = floats_of("g", g), .n = {}};
-    if (!n.is_none()) sample.n = floats_of("n", n);
+    Sample sample{.r = column_of("r", r), .g = column_of("g", g), .n = {}};
+    if (!n.is_none()) sample.n = column_of("n", n);
     const py::ssize_t bins = sample.r.size();
-    if (sample.g.size() != bins || (sample.n && sample.n->size() != bins)) {
-        throw py::value_error("the arrays differ in length");
-    }
+    require_lengths(sample.g.size() == bins && (!sample.n || sample.n->size() == bins));
     if (bins == 0) throw py::value_error("there are no bins");
     if (bins > input::maxbin) {
         throw py::value_error("more than " + std::to_string(input::maxbin) + " bins");
@@ -238,6 +247,28 @@ py::tuple find_peaks(py::handle r, py::handle g, py::handle range, py::handle pr
     return py::make_tuple(found, said);
 }
 
+Floats running(py::handle r, py::handle g, py::handle density) {
+    const auto rs = column_of<double>("r", r);
+    const auto gs = column_of<double>("g", g);
+    const double rho = real_of("density", density, std::numeric_limits<double>::min(),
+                               std::numeric_limits<double>::max());
+    const std::span grid = span_of(rs);
+    require_lengths(rs.size() == gs.size());
+    require_finite("r", grid);
+    require_finite("g", span_of(gs));
+    if (grid.size() < 2) throw py::value_error("fewer than two bins");
+    const bool ascends = grid.back() > grid.front();
+    if (!ascends ||
+        tools::out_of_step(grid.size(), [&](std::size_t i) { return grid[i]; }) < grid.size()) {
+        throw py::value_error("r does not ascend in even steps");
+    }
+    const std::vector<double> n = tools::running_numbers(grid, span_of(gs), rho, grid);
+    Floats rounded(rs.size());
+    std::ranges::transform(n, rounded.mutable_data(),
+                           [](double x) { return static_cast<float>(x); });
+    return rounded;
+}
+
 py::tuple read_file(const std::string& path, py::handle partials) {
     std::optional<std::int32_t> declared;
     if (!partials.is_none()) declared = whole_of("partials", partials, 0);
@@ -279,4 +310,5 @@ PYBIND11_MODULE(_core, module) {
     module.def("compare", compare);
     module.def("find_peaks", find_peaks);
     module.def("read", read_file);
+    module.def("running", running);
 }

@@ -179,6 +179,36 @@ def read(path, partials=None):
     return r, g, n
 
 
+def running(r, g, density):
+    """Sum up g to the running coordination number, as dorvek-convert does.
+
+    Parameters
+    ----------
+    r, g : array_like
+        As `peak` takes them, in double precision if they are, of any length.
+    density : float
+        Atoms of the kind counted, in the volume of the unit of r.
+
+    Returns
+    -------
+    n : ndarray
+        float32: n = 4 pi density sum(g r^2 dr), the atoms up to the end of each bin.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As `peak` does, and if r does not ascend in even steps.
+
+    Examples
+    --------
+    >>> r, g, n = read("silica_300K.dat")
+    >>> oxygen = running(r, g[:, 1], 1024 / 23220)
+    >>> round(peak(r, g[:, 1], oxygen, rmin=1.4, rmax=2.2).CN, 3)
+    4.008
+    """
+    return _core.running(r, g, density)
+
+
 def find_peaks(r, g, range=None, prominence=0.3, smooth=0.02):
     """Find peaks and propose a window around each, as dorvek-peaks does.
 

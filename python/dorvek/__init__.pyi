@@ -67,6 +67,7 @@ def compare(
 def read(
     path: str | bytes | PathLike[str] | PathLike[bytes], partials: int | None = None
 ) -> tuple[NDArray[float32], NDArray[float32], NDArray[float32]]: ...
+def running(r: ArrayLike, g: ArrayLike, density: float) -> NDArray[float32]: ...
 def find_peaks(
     r: ArrayLike,
     g: ArrayLike,

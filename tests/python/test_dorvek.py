@@ -146,6 +146,14 @@ def test_windows_of_dorvek_peaks(partial, options, arguments):
         assert window.note == row.note
 
 
+def test_running_numbers_of_dorvek_convert(tmp_path):
+    columns = numpy.loadtxt(COLD)[:, [0, 3]]
+    numpy.savetxt(tmp_path / "gr.txt", columns, "%.17g")
+    converted = tmp_path / "gr.dat"
+    converted.write_text(program("convert", "columns", "--density", 0.0441, tmp_path / "gr.txt"))
+    assert (dorvek.running(*columns.T, 0.0441) == dorvek.read(converted)[2][:, 0]).all()
+
+
 def test_what_is_read():
     r, g, n = dorvek.read(COLD)
     rows = numpy.loadtxt(COLD).astype(numpy.float32)
@@ -215,6 +223,10 @@ def test_bad_samples(error, words, changed):
     (ValueError, "two limits", lambda: dorvek.find_peaks(R, G, (1, 2, 3))),
     (TypeError, "int", lambda: dorvek.find_peaks(R, G, 3)),
     (ValueError, "g: NaN", lambda: dorvek.find_peaks(R, WITH_NAN)),
+    (ValueError, "density: 0 is no number", lambda: dorvek.running(R, G, 0)),
+    (ValueError, "even steps", lambda: dorvek.running(R[::-1], G, 1)),
+    (ValueError, "even steps", lambda: dorvek.running(R**2, G, 1)),
+    (ValueError, "fewer than two", lambda: dorvek.running([1], [1], 1)),
 ])
 def test_bad_calls(error, words, call):
     with pytest.raises(error, match=words):
@@ -237,7 +249,7 @@ def test_doubts(words, call):
 
 
 def test_examples_of_the_docstrings():
-    assert doctest.testmod(dorvek) == (0, 14)
+    assert doctest.testmod(dorvek) == (0, 17)
 
 
 def test_stub_has_the_fields():
