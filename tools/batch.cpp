@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -314,7 +315,7 @@ void compute_block(const Columns& columns, std::span<Task> block, std::size_t jo
 }
 
 void run_table(const std::string& name, std::size_t jobs) {
-    TableReader table(name);
+    TableReader table(content_of(name), name);
     Row headings;
     const Columns columns = columns_of(table, headings);
     std::string output;
@@ -354,16 +355,19 @@ void program(int argc, char** argv) {
     CLI::App app("Analyses the windows that a table lists and writes a table of results.",
                  "dorvek-batch");
     std::string table = "-";
-    std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
-    app.add_option("TABLE", table,
-                   "columns file, partial, rmin and rmax; if wanted,\n"
-                   "partials, id, name, constraints and, for a second\n"
-                   "sample, file2, partial2, partials2, name2,\n"
-                   "constraints2; any other is passed through. Standard\n"
-                   "input if not named, or -");
-    app.add_option("-j", jobs, "rows at a time (all cores)")->check(CLI::PositiveNumber);
-    parse(app, argc, argv);
-    run_table(table, jobs);
+    std::int32_t jobs =
+        static_cast<std::int32_t>(std::max(std::thread::hardware_concurrency(), 1U));
+    const CLI::Option* given = app.add_option(
+        "TABLE", table,
+        "columns file, partial, rmin and rmax; if wanted, partials, id, name, constraints and, for "
+        "a second sample, file2, partial2, partials2, name2, constraints2; any other is passed "
+        "through. Standard input if - or none is named");
+    add_whole(app, "-j", jobs, 1, std::numeric_limits<std::int32_t>::max(),
+              "rows at a time; as many as there are cores if not said")
+        ->type_name("JOBS");
+    parse(app, argc, argv, "dorvek-peaks --partial 2 --first *.dat | dorvek-batch > peaks.csv");
+    require_input(given);
+    run_table(table, static_cast<std::size_t>(jobs));
 }
 
 }  // namespace

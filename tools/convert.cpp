@@ -303,7 +303,7 @@ void program(int argc, char** argv) {
     group(atoms, both, "Si=512,O=1024")->needs(volume);
     volume->group(both)->type_name("VOLUME")->needs(atoms);
     group(pairs, both, "Si-Si,Si-O,O-O")->needs(atoms);
-    parse(app, argc, argv);
+    parse(app, argc, argv, "dorvek-convert columns --density 0.072 rdf.xvg > rdf.dat");
 
     const auto form = std::ranges::find(forms, call.form, &Form::name);
     if (form == forms.end()) throw WrongCall("there is no form " + call.form);

@@ -6,17 +6,17 @@
 #include <span>
 #include <utility>
 
-#include "program.hpp"
 #include "text.hpp"
 #include "textio/free_form.hpp"
+#include "textio/lines.hpp"
 
 namespace dorvek::tools {
 namespace {
 
+constexpr std::string_view blanks = " \t\r";
+
 template <typename Number>
-std::optional<Number> number_of(std::string_view cell) {
-    const std::size_t first = std::min(cell.find_first_not_of(' '), cell.size());
-    const std::string_view token = cell.substr(first, cell.find_last_not_of(' ') + 1 - first);
+std::optional<Number> number_of(std::string_view token) {
     if (token.empty() || token.find_first_of(" ,/*\n") != std::string_view::npos) return {};
     Number number{};
     textio::ScanState state;
@@ -27,22 +27,33 @@ std::optional<Number> number_of(std::string_view cell) {
 
 }  // namespace
 
-TableReader::TableReader(const std::string& name)
-    : TableReader(name == "-" ? stdin : std::fopen(name.c_str(), "r"),
-                  name == "-" ? "standard input" : name) {}
-
-TableReader::TableReader(std::FILE* file, std::string name) : name_(std::move(name)), file_(file) {
-    if (file_ == nullptr) throw Failure(name_ + system_reason());
-    for (int c = 0; c != '\n' && (c = std::getc(file_)) != EOF;) ahead_ += static_cast<char>(c);
-    if (ahead_.starts_with("\xEF\xBB\xBF")) taken_ = 3;
-    if (ahead_.find('\t') != std::string::npos) separator_ = '\t';
-    while (headings_.empty() && take_row(headings_)) {
+TableReader::TableReader(std::string content, const std::string& name)
+    : name_(name == "-" ? "standard input" : name), content_(std::move(content)) {
+    if (content_.starts_with("\xEF\xBB\xBF")) taken_ = 3;
+    for (;;) {  // up to the first line that is not blank
+        const std::size_t end = std::min(content_.find('\n', taken_), content_.size());
+        const std::string_view line = std::string_view(content_).substr(taken_, end - taken_);
+        const auto holds = [line](char c) { return line.find(c) != std::string_view::npos; };
+        if (line.find_first_not_of(blanks) != std::string_view::npos) {
+            if (holds('\t')) separator_ = '\t';
+            if (!holds('\t') && !holds(',') && holds(';')) {
+                throw WrongCall(name_ + ": its columns are apart by semicolons, not by commas");
+            }
+            break;
+        }
+        if (end == content_.size()) throw WrongCall(name_ + ": no headings");
+        taken_ = end + 1;
     }
-    if (headings_.empty()) throw WrongCall(name_ + ": no headings");
-}
-
-TableReader::~TableReader() {
-    if (file_ != stdin) std::fclose(file_);
+    try {
+        take_row(headings_);
+    } catch (const Failure& failure) {
+        throw WrongCall(failure.what());
+    }
+    Row sorted = headings_;
+    std::erase(sorted, "");
+    std::ranges::sort(sorted);
+    const auto twice = std::ranges::adjacent_find(sorted);
+    if (twice != sorted.end()) throw WrongCall(name_ + ": two columns are called " + *twice);
 }
 
 std::optional<std::size_t> TableReader::column(std::string_view heading) const {
@@ -51,7 +62,13 @@ std::optional<std::size_t> TableReader::column(std::string_view heading) const {
     return static_cast<std::size_t>(found - headings_.begin());
 }
 
+std::size_t TableReader::needed(std::string_view heading) const {
+    if (const auto found = column(heading)) return *found;
+    throw WrongCall(name_ + ": has no column " + std::string(heading));
+}
+
 bool TableReader::next(Row& row) {
+    ++rows_;
     do {
         if (!take_row(row)) return false;
     } while (row.empty());
@@ -59,53 +76,63 @@ bool TableReader::next(Row& row) {
     return true;
 }
 
-int TableReader::take() {
-    if (taken_ < ahead_.size()) return static_cast<unsigned char>(ahead_[taken_++]);
-    const int c = std::getc(file_);
-    if (c == EOF && std::ferror(file_) != 0) throw Failure(name_ + system_reason());
-    return c;
+Failure TableReader::bad_row(const char* what) const {
+    const std::string place = rows_ == 0 ? ", headings: " : ", row " + std::to_string(rows_) + ": ";
+    return Failure(name_ + place + what);
 }
 
 // Takes one line, or several if quotes hold line feeds. A blank line makes an empty row. False at
 // the end of the table.
 bool TableReader::take_row(Row& row) {
     row.clear();
-    std::string cell;
-    bool was_quoted = false;
-    for (int c = take();; c = take()) {
-        if (c == '"' && cell.empty() && !was_quoted) {
-            was_quoted = true;
-            c = take_quoted(cell);
-        }
-        if (c == separator_) {
-            row.push_back(std::exchange(cell, {}));
-            was_quoted = false;
-        } else if (c == '\n' || c == EOF) {
-            if (c == EOF && row.empty() && cell.empty() && !was_quoted) return false;
-            if (cell.ends_with('\r')) cell.pop_back();
-            const bool blank = cell.find_first_not_of(' ') == std::string::npos;
-            if (!row.empty() || !blank || was_quoted) row.push_back(std::move(cell));
-            return true;
-        } else {
-            cell += static_cast<char>(c);
-        }
+    if (taken_ == content_.size()) return false;
+    const std::size_t begin = taken_;
+    for (bool more = true; more;) {
+        row.push_back(take_cell());
+        more = taken_ < content_.size() && content_[taken_] == separator_;
+        if (more) ++taken_;
     }
+    const bool is_blank = row.size() == 1 && content_[begin] != '"' &&
+                          row[0].find_first_not_of(' ') == std::string::npos;
+    if (is_blank) row.clear();
+    if (taken_ < content_.size()) ++taken_;  // the line feed
+    return true;
 }
 
-// Takes what stands between quotes, where two stand for one. Returns what follows the last.
-int TableReader::take_quoted(std::string& cell) {
-    for (int c = take();; c = take()) {
-        if (c == '"' && (c = take()) != '"') return c;
-        if (c == EOF) throw Failure(name_ + ": a quote is not closed");
-        cell += static_cast<char>(c);
+// Takes a cell, up to the separator, the line feed or the end of the table behind it. Between
+// quotes two stand for one.
+std::string TableReader::take_cell() {
+    const auto ends_row = [&](std::size_t at) {
+        return at >= content_.size() || content_[at] == '\n';
+    };
+    std::string cell;
+    if (content_[taken_] != '"') {
+        const std::string_view ends = separator_ == ',' ? ",\n" : "\t\n";
+        const std::size_t end = std::min(content_.find_first_of(ends, taken_), content_.size());
+        cell = content_.substr(taken_, end - taken_);
+        taken_ = end;
+        if (ends_row(end) && cell.ends_with('\r')) cell.pop_back();
+        return cell;
     }
+    for (bool is_open = true; is_open;) {
+        const std::size_t quote = content_.find('"', ++taken_);
+        if (quote == std::string::npos) throw bad_row("a quote is not closed");
+        cell.append(content_, taken_, quote - taken_);
+        taken_ = quote + 1;
+        is_open = taken_ < content_.size() && content_[taken_] == '"';
+        if (is_open) cell += '"';
+    }
+    if (content_[taken_] == '\r' && ends_row(taken_ + 1)) ++taken_;
+    if (ends_row(taken_) || content_[taken_] == separator_) return cell;
+    throw bad_row("text stands behind a closing quote");
 }
 
 std::optional<float> real_of(std::string_view cell) {
-    return number_of<float>(cell);
+    return number_of<float>(textio::trimmed(cell));
 }
 
 std::optional<std::int32_t> whole_of(std::string_view cell) {
+    cell = textio::trimmed(cell);
     const std::size_t point = cell.find('.');
     if (point != std::string_view::npos && point > 0) {
         const std::string_view decimals = cell.substr(point + 1);
@@ -127,9 +154,7 @@ void append_row(std::string& table, const Row& row, char separator) {
             std::ranges::replace_if(
                 cell, [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
         }
-        const bool quote = separator == '\t' ? cell.starts_with('"')
-                                             : cell.find_first_of("\",\r\n") != std::string::npos;
-        if (!quote) {
+        if (separator == '\t' || cell.find_first_of("\",\r\n") == std::string::npos) {
             table += cell;
             continue;
         }

@@ -1,6 +1,5 @@
 #include "find_peaks.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cassert>
@@ -97,13 +96,6 @@ float limit_between(float below, float above) {
 }
 
 }  // namespace
-
-bool lexical_cast(const std::string& text, Range& range) {
-    const std::size_t colon = text.find(':');
-    return colon != std::string::npos &&
-           CLI::detail::lexical_cast(text.substr(0, colon), range.from) &&
-           CLI::detail::lexical_cast(text.substr(colon + 1), range.to) && range.from < range.to;
-}
 
 std::vector<input::Window> find_peaks(std::span<const float> r, std::span<const float> g,
                                       const PeakSearch& search) {

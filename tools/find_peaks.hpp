@@ -1,23 +1,14 @@
 // Where the peaks of a partial PDF are, and the windows that they are best analysed in.
 #pragma once
 
-#include <limits>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "grid.hpp"
 #include "input/window.hpp"
 
 namespace dorvek::tools {
-
-// The bins with from <= r <= to.
-struct Range {
-    float from = -std::numeric_limits<float>::infinity();
-    float to = std::numeric_limits<float>::infinity();
-};
-
-// Takes an argument A:B; false if it is none, or A does not lie below B. CLI11 calls it.
-[[nodiscard]] bool lexical_cast(const std::string& text, Range& range);
 
 // What is taken for a peak.
 struct PeakSearch {

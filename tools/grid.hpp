@@ -1,10 +1,17 @@
-// What even steps are.
+// Grids of r: a range, and what even steps are.
 #pragma once
 
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 namespace dorvek::tools {
+
+// The bins with from <= r <= to.
+struct Range {
+    float from = -std::numeric_limits<float>::infinity();
+    float to = std::numeric_limits<float>::infinity();
+};
 
 // The first of n bins at(0), at(1), ... that is out of step: it lies half a step or more from where
 // even steps from the first bin to the last put it, or its distance from the bin before differs

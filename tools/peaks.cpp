@@ -264,28 +264,18 @@ void write_common_windows(const Call& call, const std::string& headings) {
     }
 }
 
-// As CLI::Range, which lets nan through, but for the words.
-auto from_to(double least, double most) {
-    return [=](const std::string& text) -> std::string {
-        double number = 0;
-        if (CLI::detail::lexical_cast(text, number) && number >= least && number <= most) return {};
-        const auto in_words = [](double limit) { return CLI::detail::to_string(limit); };
-        return "'" + text + "' is no number from " + in_words(least) + " to " + in_words(most);
-    };
-}
-
 void program(int argc, char** argv) {
     CLI::App app("Finds peaks in PDF files and writes a table of windows around them.",
                  "dorvek-peaks");
     constexpr double infinity = std::numeric_limits<double>::infinity();
+    constexpr std::int32_t any = std::numeric_limits<std::int32_t>::max();
     Call call;
     Row partial;
     std::optional<std::string> name;
     app.add_option("FILE", call.files, "PDF files")->required();
-    app.add_option("--partials", call.partials,
-                   "partials in each file; if not said, those\nof its first line")
-        ->type_name("N")
-        ->check(from_to(1, infinity));
+    add_whole(app, "--partials", call.partials, 1, any,
+              "partials in each file; if not said, those of its first line")
+        ->type_name("N");
     app.add_option("--partial", partial, "those to look at, counted from 1: 2, or 1,3, or all")
         ->required()
         ->type_name("P,...")
@@ -295,30 +285,23 @@ void program(int argc, char** argv) {
         ->type_name("L,...")
         ->delimiter(',')
         ->allow_extra_args(false);
-    app.add_option("--range", call.search.range, "look at A <= r <= B only")
-        ->type_name("A:B")
-        ->check([](const std::string& text) {
-            Range range;
-            return lexical_cast(text, range) ? "" : "'" + text + "' is no range A:B";
-        });
-    app.add_option("--prominence", call.search.prominence, "the least of a peak (0.3)")
-        ->type_name("G")
-        ->check(from_to(0, infinity));
-    app.add_option("--smooth", call.search.smooth,
-                   "seek in a copy smoothed over this part of the r\nof the largest g (0.02; 0: "
-                   "not at all)")
-        ->type_name("F")
-        ->check(from_to(0, 1));
+    add_range(app, "--range", call.search.range, "look at A <= r <= B only");
+    add_real(app, "--prominence", call.search.prominence, 0, infinity, "the least of a peak (0.3)")
+        ->type_name("G");
+    add_real(app, "--smooth", call.search.smooth, 0, 1,
+             "seek in a copy smoothed over this part of the r of the largest g (0.02; 0: not at "
+             "all)")
+        ->type_name("F");
     app.add_flag("--first", call.first, "only the first peak of each partial");
     app.add_flag("--common", call.common, "the windows of the mean g for all files");
-    app.add_option("--scan", call.scan, "each window 2K + 1 times, rmax moved by -K .. K bins")
-        ->type_name("K")
-        ->check(from_to(0, input::maxbin));
-    app.add_option("--scan-min", call.scan_min, "rmin moved likewise; each way of both")
-        ->type_name("K")
-        ->check(from_to(0, input::maxbin));
+    add_whole(app, "--scan", call.scan, 0, input::maxbin,
+              "each window 2K + 1 times, rmax moved by -K .. K bins")
+        ->type_name("K");
+    add_whole(app, "--scan-min", call.scan_min, 0, input::maxbin,
+              "rmin moved likewise; each way of both")
+        ->type_name("K");
     app.add_option("--name", name, "columns from names: '{glass}_{T}K.dat'")->type_name("TEMPLATE");
-    parse(app, argc, argv);
+    parse(app, argc, argv, "dorvek-peaks --partial all --labels Si-Si,Si-O,O-O --first *.dat");
     call.suffixes = needs_suffixes(call.files);
     call.chosen = read_partials(partial);
     if (name) call.pattern = read_template(*name);

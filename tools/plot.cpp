@@ -515,8 +515,8 @@ input::Window window_of(const TableReader& table, const Row& row) {
 }
 
 // A row of a table is one sample; those of a report agree in what names it and in the window.
-std::vector<Picture> table_in(std::string& content, const std::string& input) {
-    TableReader table(::fmemopen(content.data(), content.size(), "r"), input);
+std::vector<Picture> table_in(const std::string& content, const std::string& input) {
+    TableReader table(content, input);
     for (const char* heading :
          {"sample", "file", "name", "pdf", "rmin", "rmax", "Rmea", "Rmod", "var"}) {
         if (table.column(heading)) continue;
@@ -563,10 +563,9 @@ Picture preview(const Call& call) {
 
 std::vector<Picture> pictures_of(const Call& call) {
     if (call.file) return {preview(call)};
-    std::optional<std::string> content = content_of(call.input);
-    if (!content) return {};
-    return is_results_file(*content) ? results_in(*content, call.input)
-                                     : table_in(*content, call.input);
+    const std::string content = content_of(call.input);
+    return is_results_file(content) ? results_in(content, call.input)
+                                    : table_in(content, call.input);
 }
 
 Kind kind_of(const std::string& picture) {
@@ -585,21 +584,22 @@ void program(int argc, char** argv) {
     Call call;
     app.add_option("-o", call.picture, "a .png, .svg or .pdf; if not said, text is shown")
         ->type_name("PICTURE");
-    app.add_option("--range", call.range, "show this part of r")->type_name("A:B");
+    add_range(app, "--range", call.range, "show this part of r");
     app.add_flag("--log", call.log, "make g logarithmic");
     app.add_option("--unit", call.unit, "the unit of r, for its label");
     CLI::Option* input =
         app.add_option("INPUT", call.input, "results file or table; - is standard input")
             ->capture_default_str();
     CLI::Option* file = app.add_option("--file", call.file, "a PDF file")->excludes(input);
-    CLI::Option* partial = app.add_option("--partial", call.partial, "which of it, from 1")
-                               ->needs(file)
-                               ->check(CLI::Range(1, input::maxpdf));
+    CLI::Option* partial =
+        add_whole(app, "--partial", call.partial, 1, input::maxpdf, "which of it, from 1")
+            ->type_name("P")
+            ->needs(file);
     file->needs(partial);
-    app.add_option("--partials", call.partials,
-                   "partials in each file; if not said, those\nof its first line")
-        ->check(CLI::Range(1, std::numeric_limits<std::int32_t>::max()));
-    parse(app, argc, argv);
+    add_whole(app, "--partials", call.partials, 1, std::numeric_limits<std::int32_t>::max(),
+              "partials in each file; if not said, those of its first line")
+        ->type_name("N");
+    parse(app, argc, argv, "dorvek-plot --file silica_300K.dat --partial 2 --range 1:4");
     if (call.picture) call.kind = kind_of(*call.picture);
     draw(call, pictures_of(call));
 }

@@ -76,11 +76,13 @@ void program(int argc, char** argv) {
     add_names(app, "--window", question.window,
               "what the choice of a window adds, which these\ncolumns of dorvek-peaks --scan shift")
         ->type_name("COLUMN,...");
-    app.add_option(
-        "TABLE", table,
-        "what dorvek-batch or dorvek-table wrote;\nstandard input if none or - is named");
-    parse(app, argc, argv);
-    TableReader reader(table);
+    const CLI::Option* given =
+        app.add_option("TABLE", table,
+                       "what dorvek-batch or dorvek-table wrote; standard input if none or - is "
+                       "named");
+    parse(app, argc, argv, "dorvek-replicas --by T --compare 300 1500 --pair glass peaks.csv");
+    require_input(given);
+    TableReader reader(content_of(table), table);
     const Results results{.headings = reader.headings(),
                           .next = [&](Row& row) { return reader.next(row); },
                           .tell = tell,

@@ -1,9 +1,6 @@
 #include "results_file.hpp"
 
 #include <algorithm>
-#include <cstdio>
-#include <memory>
-#include <optional>
 #include <string_view>
 
 #include "program.hpp"
@@ -31,24 +28,6 @@ bool holds_comparison(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::string> content_of(const std::string& name) {
-    const auto close = [](std::FILE* file) {
-        if (file != stdin) std::fclose(file);
-    };
-    const std::unique_ptr<std::FILE, void (*)(std::FILE*)> file(
-        name == "-" ? stdin : std::fopen(name.c_str(), "r"), close);
-    std::string content;
-    std::string block(1 << 16, '\0');
-    while (file != nullptr) {
-        const std::size_t count = std::fread(block.data(), 1, block.size(), file.get());
-        if (count == 0 && std::ferror(file.get()) == 0) return content;
-        if (count == 0) break;
-        content.append(block, 0, count);
-    }
-    complain(name + ": cannot be read" + system_reason());
-    return {};
-}
-
 bool is_results_file(std::string_view content) {
     textio::Output written{.fd = -1};  // holds it all, and is not flushed
     driver::write_head(written);
@@ -58,9 +37,13 @@ bool is_results_file(std::string_view content) {
 }
 
 void for_each_report(const std::string& name, const std::function<void(const FiledReport&)>& use) {
-    if (const std::optional<std::string> content = content_of(name)) {
-        for_each_report_of(*content, name, use);
+    std::string content;
+    try {
+        content = content_of(name);
+    } catch (const Failure& failure) {
+        return complain(failure.what());
     }
+    for_each_report_of(content, name, use);
 }
 
 void for_each_report_of(std::string_view text, const std::string& name,

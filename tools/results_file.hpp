@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,10 +25,6 @@ void for_each_report(const std::string& name, const std::function<void(const Fil
 // The same for the content of a file that has been read.
 void for_each_report_of(std::string_view text, const std::string& name,
                         const std::function<void(const FiledReport&)>& use);
-
-// The whole content of a file, or of standard input, called "-"; nothing, and a complaint, if it
-// cannot be read.
-[[nodiscard]] std::optional<std::string> content_of(const std::string& name);
 
 // Does this content begin as that of a results file, which may be cut short there?
 [[nodiscard]] bool is_results_file(std::string_view content);

@@ -38,7 +38,7 @@ void program(int argc, char** argv) {
     bool tabs = false;
     app.add_option("FILE", files, "results files; - is standard input")->required();
     app.add_flag("--tsv", tabs, "separate by tabs, and quote nothing");
-    parse(app, argc, argv);
+    parse(app, argc, argv, "dorvek-table run_*/dorvek.res > peaks.csv");
     write_table(files, tabs ? '\t' : ',');
 }
 

@@ -141,7 +141,7 @@ for call in 'no column partial:file,rmin,rmax' 'no column rmax:file,partial,rmin
 done
 printf 'file,partial,rmin,rmax\n"silica' >wrong.csv
 batch wrong.csv >out
-check 'a quote that is not closed' '1 dorvek-batch: wrong.csv: a quote is not closed' "$status $(cat errors)"
+check 'a quote that is not closed' '1 dorvek-batch: wrong.csv, row 1: a quote is not closed' "$status $(cat errors)"
 batch -j 0 good.csv
 check 'no cores' 2 "$status"
 for stream in '>/dev/full' '>&-'; do

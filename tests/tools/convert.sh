@@ -101,12 +101,19 @@ EOF
 cat "$silica"/silica_*.dat | "$program" columns --running --step all -o glass 2>/dev/null
 cmp glass-1.dat "$silica/silica_1500K.dat" && cmp glass-2.dat "$silica/silica_300K.dat" || failed=1
 ! "$program" columns --running --step all -o no/glass glass-1.dat 2>/dev/null || fail "no/glass-1.dat"
-strace -qq -o calls -P "$scratch/whole-1.dat" -e inject=openat:signal=TERM "$program" columns \
-    --running --step all -o "$scratch/whole" glass-1.dat 2>/dev/null || : # killed in between
-cmp whole-1.dat glass-1.dat || failed=1
-! strace -qq -o calls -P "$scratch/cut-1.dat" -e inject=write:error=ENOSPC "$program" columns \
-    --running --step all -o "$scratch/cut" glass-1.dat 2>/dev/null || fail "no space"
-[ ! -e cut-1.dat ] || fail "a file cut short"
+# An older file stays if a full disk or a signal comes between, and nothing lies beside it. A link is
+# followed, and permissions are kept.
+(umask 077 && echo old >kept.dat)
+ln -s kept.dat kept-1.dat
+for fault in write:error=ENOSPC:when=2+ write:signal=TERM:when=2 fchown:signal=INT; do
+    ! strace -qq -o calls -e inject="$fault" "$program" columns --running --step all -o kept \
+        glass-1.dat 2>/dev/null || fail "$fault"
+    [ "$(cat kept.dat) $(echo .dorvek*)" = 'old .dorvek*' ] || fail "left by $fault"
+done
+"$program" columns --running --step all -o kept glass-1.dat 2>/dev/null
+cmp kept.dat glass-1.dat || failed=1
+[ -h kept-1.dat ] || fail "a link"
+[ "$(stat -c %a kept.dat)" = 600 ] || fail "permissions"
 ! "$program" columns --running glass-1.dat >/dev/full 2>/dev/null || fail "full"
 
 # LAMMPS's own running numbers of silica, whose Si-Si and O-O count one atom less than 512 and 1024.
