@@ -276,7 +276,7 @@ void program(int argc, char** argv) {
     Call call;
     app.add_option("FORM", call.form, "what FILE is: lammps, columns, dlpoly")->required();
     app.add_option("FILE", call.file, "standard input if - or none");
-    app.add_option("--range", call.range, "write these r only")->type_name("A:B");
+    add_range(app, "--range", call.range, "write these r only");
     app.add_option("--step", call.step, "the block to take; lammps: last if not said")
         ->check(CLI::IsMember({"last", "mean", "all"}));
     app.add_option("--from", call.from, "the mean is of all blocks from this one on");

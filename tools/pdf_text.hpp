@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "find_peaks.hpp"
 #include "foreign.hpp"
+#include "grid.hpp"
 
 namespace dorvek::tools {
 

@@ -105,7 +105,7 @@ cmp glass-1.dat "$silica/silica_1500K.dat" && cmp glass-2.dat "$silica/silica_30
 # followed, and permissions are kept.
 (umask 077 && echo old >kept.dat)
 ln -s kept.dat kept-1.dat
-for fault in write:error=ENOSPC:when=2+ write:signal=TERM:when=2 fchown:signal=INT; do
+for fault in write:error=ENOSPC write:signal=TERM fchown:signal=INT; do
     ! strace -qq -o calls -e inject="$fault" "$program" columns --running --step all -o kept \
         glass-1.dat 2>/dev/null || fail "$fault"
     [ "$(cat kept.dat) $(echo .dorvek*)" = 'old .dorvek*' ] || fail "left by $fault"
