@@ -2,7 +2,7 @@
 # What the scripts share: Debian packages and builds. To be sourced.
 # shellcheck disable=SC2034 # used there
 companions_need='libcli11-dev libboost-dev gnuplot-nox'
-python_need='python3-dev pybind11-dev python3-numpy'
+python_need='libboost-dev python3-dev pybind11-dev python3-numpy'
 
 # need PACKAGE...: installs the packages that are missing, and says so first.
 need() {

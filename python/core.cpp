@@ -29,6 +29,7 @@
 #include "grid.hpp"
 #include "input/pdf_set.hpp"
 #include "running.hpp"
+#include "states.hpp"
 
 namespace {
 
@@ -38,7 +39,7 @@ namespace py = pybind11;
 template <typename Number>
 using Array = py::array_t<Number, py::array::c_style | py::array::forcecast>;
 using Floats = Array<float>;
-using Said = std::vector<std::string>;
+using Texts = std::vector<std::string>;
 
 // A sample as it came: r, g and, if it is given, n, of one length.
 struct Sample {
@@ -126,7 +127,7 @@ std::array<input::PdfSet, input::maxsamp>& room() {
 
 // Makes a set of one partial of a sample, and adds what is to be said of its grid. Without n, CN
 // and its error come out as NaN.
-void fill(input::PdfSet& set, const Sample& sample, Said& said) {
+void fill(input::PdfSet& set, const Sample& sample, Texts& said) {
     tools::add_grid_doubts(span_of(sample.r), said);
     set.nbins = static_cast<std::int32_t>(sample.r.size());
     set.npdfs = 1;
@@ -141,7 +142,7 @@ void fill(input::PdfSet& set, const Sample& sample, Said& said) {
 
 // Fills report.found, given its limits as typed.
 void analyse(std::span<const input::PdfSet> sets, std::int64_t constraints, driver::Report& report,
-             Said& said) {
+             Texts& said) {
     const auto ipdf = std::span(report.ipdf).first(sets.size());
     const driver::Found found = analyse_window(sets, ipdf, constraints, report.found);
     if (found == driver::Found::no_data) throw py::value_error(std::string(message_of(found)));
@@ -179,7 +180,7 @@ driver::Report report_of(std::int32_t nsamp, py::handle rmin, py::handle rmax) {
 py::tuple peak(py::handle r, py::handle g, py::handle n, py::handle rmin, py::handle rmax) {
     const Sample sample = sample_of(r, g, n);
     driver::Report report = report_of(1, rmin, rmax);
-    Said said;
+    Texts said;
     {
         const py::gil_scoped_release release;
         input::PdfSet& set = room()[0];
@@ -195,12 +196,12 @@ py::tuple compare(py::handle r1, py::handle g1, py::handle n1, py::handle r2, py
     driver::Report report = report_of(2, rmin, rmax);
     const std::int32_t ncons =
         whole_of("constraints", constraints, std::numeric_limits<std::int32_t>::min());
-    Said said;
+    Texts said;
     {
         const py::gil_scoped_release release;
         auto& sets = room();
         fill(sets[0], samples[0], said);
-        Said of_second;
+        Texts of_second;
         fill(sets[1], samples[1], of_second);
         for (const std::string& what : of_second) said.push_back("second: " + what);
         const std::string_view resampled = driver::reconcile(sets[0], sets[1]);
@@ -230,7 +231,7 @@ py::tuple find_peaks(py::handle r, py::handle g, py::handle range, py::handle pr
             throw py::value_error("range: the first limit has to lie below the second");
         }
     }
-    Said said;
+    Texts said;
     std::vector<input::Window> windows;
     std::vector<tools::Top> tops;
     {
@@ -273,7 +274,7 @@ py::tuple read_file(const std::string& path, py::handle partials) {
     std::optional<std::int32_t> declared;
     if (!partials.is_none()) declared = whole_of("partials", partials, 0);
     input::PdfSet& set = room()[0];
-    Said said;
+    Texts said;
     {
         const py::gil_scoped_release release;
         said = tools::load_pdf(path, declared, set);
@@ -293,6 +294,34 @@ py::tuple read_file(const std::string& path, py::handle partials) {
     return py::make_tuple(r, in_pieces(set.g), in_pieces(set.cn), said);
 }
 
+// The columns of a table of results, cell by cell as text, become those of an answer. Numbers that
+// are not known become None.
+py::tuple replicas(const Texts& headings, const std::vector<Texts>& columns, const std::string& by,
+                   const Texts& each, const Texts& of, const std::string& pair,
+                   const Texts& compare, const Texts& window) {
+    const tools::Question question{
+        .by = by, .each = each, .of = of, .pair = pair, .compare = compare, .window = window};
+    Texts said;
+    tools::Answer answer;
+    {
+        const py::gil_scoped_release release;
+        const auto say = [&](const std::string& what) { said.push_back(what); };
+        std::size_t taken = 0;
+        const auto next = [&](Texts& row) {
+            if (columns.empty() || taken == columns[0].size()) return false;
+            row.clear();
+            for (const Texts& column : columns) row.push_back(column[taken]);
+            ++taken;
+            return true;
+        };
+        answer =
+            answer_of(question, {.headings = headings, .next = next, .tell = say, .complain = say});
+    }
+    py::list lines;
+    for (const auto& [cells, numbers] : answer.lines) lines.append(py::make_tuple(cells, numbers));
+    return py::make_tuple(answer.headings, lines, said);
+}
+
 }  // namespace
 
 PYBIND11_MODULE(_core, module) {
@@ -301,6 +330,8 @@ PYBIND11_MODULE(_core, module) {
             if (thrown) std::rethrow_exception(thrown);
         } catch (const tools::Failure& failure) {
             PyErr_SetString(PyExc_ValueError, failure.what());
+        } catch (const tools::WrongCall& call) {
+            PyErr_SetString(PyExc_ValueError, call.what());
         }
     });
     module.attr("version") = DORVEK_VERSION;
@@ -311,4 +342,5 @@ PYBIND11_MODULE(_core, module) {
     module.def("find_peaks", find_peaks);
     module.def("read", read_file);
     module.def("running", running);
+    module.def("replicas", replicas);
 }

@@ -76,9 +76,9 @@ struct Combination {
 struct Columns {
     std::size_t by = 0;
     std::size_t pair = 0;
-    std::size_t pdf = 0;
     std::size_t rmin = 0;
     std::size_t rmax = 0;
+    std::optional<std::size_t> pdf{};
     std::optional<std::size_t> status{};
     std::optional<std::size_t> message{};
     std::optional<std::size_t> file{};
@@ -210,9 +210,9 @@ Columns columns_of(const Study& study) {
     const Question& question = study.question;
     return {.by = needed(study, question.by),
             .pair = needed(study, question.pair.empty() ? question.by : question.pair),
-            .pdf = needed(study, "pdf"),
             .rmin = needed(study, "rmin"),
             .rmax = needed(study, "rmax"),
+            .pdf = column(study, "pdf"),
             .status = column(study, "status"),
             .message = column(study, "message"),
             .file = column(study, "file"),
@@ -297,7 +297,8 @@ void take(Study& study, const Texts& row, std::size_t number) {
     }
     std::vector<double> shift;
     for (const std::size_t column : at.window) shift.push_back(number_in(column));
-    const std::string window = row[at.rmin] + " to " + row[at.rmax] + " of pdf " + row[at.pdf];
+    std::string window = row[at.rmin] + " to " + row[at.rmax];
+    if (at.pdf) window += " of pdf " + row[*at.pdf];
     const auto [place, is_new] = state.moved.try_emplace(std::move(shift));
     Moved& moved = place->second;
     if (is_new) {
@@ -310,9 +311,9 @@ void take(Study& study, const Texts& row, std::size_t number) {
     include(moved.rmin, number_in(at.rmin));
     include(moved.rmax, number_in(at.rmax));
     require_overlap(state.name, moved.rmin, moved.rmax);
-    if (at.file && !moved.files.insert(row[*at.file] + ", pdf " + row[at.pdf]).second &&
-        state.twice.empty()) {
-        state.twice = row[*at.file] + ", pdf " + row[at.pdf];
+    if (at.file && at.pdf) {
+        const std::string file = row[*at.file] + ", pdf " + row[*at.pdf];
+        if (!moved.files.insert(file).second && state.twice.empty()) state.twice = file;
     }
     const bool is_narrow = at.message && row[*at.message].find(too_narrow) != std::string::npos;
     Replica replica{.pair = row[at.pair]};

@@ -247,3 +247,83 @@ def find_peaks(r, g, range=None, prominence=0.3, smooth=0.02):
     windows, doubts = _core.find_peaks(r, g, range, prominence, smooth)
     _warn(doubts)
     return [Window._make(window) for window in windows]
+
+
+def replicas(frame, by, each=(), of=(), pair=None, compare=None, window=()):
+    """Average independent replicas: means with uncertainties that can be published.
+
+    Does what dorvek-replicas does, whose manual page explains the columns. Needs pandas.
+
+    Parameters
+    ----------
+    frame : pandas.DataFrame
+        A row for each replica: the fields of a `Peak`, and columns that tell what it is of.
+    by : str
+        Rows equal in this column are replicas of one state.
+    each : sequence of str, optional
+        All is done for each combination of these columns.
+    of : sequence of str, optional
+        These quantities only, in this order. Without n, leave out CN.
+    pair : str, optional
+        With `compare`: rows of both states equal in this column are pairs.
+    compare : tuple, optional
+        Two states: the difference of their means instead, the first taken off the second.
+    window : sequence of str, optional
+        Columns of shifts of the window, 0 for the window proposed: a budget of the uncertainty.
+
+    Returns
+    -------
+    pandas.DataFrame
+        With the columns of dorvek-replicas; a number that is not known is nan.
+
+    Raises
+    ------
+    ValueError
+        If a column is missing, or rows must not be averaged.
+
+    Warns
+    -----
+    Doubt
+        What dorvek-replicas would say on standard error.
+
+    Examples
+    --------
+    >>> import pandas
+    >>> peaks = []
+    >>> for T in (300, 1500):
+    ...     for glass in ("silica", "quench2", "quench3", "quench4", "quench5"):
+    ...         r, g, n = read(f"{glass}_{T}K.dat")
+    ...         found = peak(r, g[:, 1], n[:, 1], rmin=1.32, rmax=2.24)
+    ...         peaks.append({"T": T, "glass": glass, **found._asdict()})
+    >>> frame = pandas.DataFrame(peaks)
+    >>> shift = replicas(frame, "T", of=["Rmea"], pair="glass", compare=(300, 1500))
+    >>> print(shift[["quantity", "difference", "ci95"]].round(5).to_string(index=False))
+    quantity  difference    ci95
+        Rmea     0.00722 0.00046
+    """
+    import pandas
+
+    if pair is not None and compare is None:
+        raise ValueError("pair: only with compare")
+    if compare is not None and (isinstance(compare, str) or len(compare) != 2):
+        raise ValueError("compare: two states are needed")
+    names = [[name] if isinstance(name, str) else list(name) for name in (each, of, window)]
+    headings = [str(heading) for heading in frame.columns]
+    if len(set(headings)) < len(headings):
+        raise ValueError("a heading stands twice")
+    columns = [
+        [str(cell) if known else "NaN" if heading in Peak._fields else ""
+         for cell, known in zip(column.tolist(), column.notna())]
+        for heading, (_, column) in zip(headings, frame.items())
+    ]
+    each, of, window = names
+    states = [str(state) for state in compare or ()]
+    given, lines, doubts = _core.replicas(
+        headings, columns, by, each, of, pair or "", states, window
+    )
+    _warn(doubts)
+    table = pandas.DataFrame([[*cells, *numbers] for cells, numbers in lines], columns=given)
+    for heading in {by, *each}.intersection(given):  # as they were, not as text
+        at = headings.index(heading)
+        table[heading] = table[heading].map(dict(zip(columns[at], frame.iloc[:, at])))
+    return table

@@ -4,6 +4,7 @@ from typing import NamedTuple
 
 from numpy import float32
 from numpy.typing import ArrayLike, NDArray
+from pandas import DataFrame
 
 __version__: str
 
@@ -75,3 +76,12 @@ def find_peaks(
     prominence: float = 0.3,
     smooth: float = 0.02,
 ) -> list[Window]: ...
+def replicas(
+    frame: DataFrame,
+    by: str,
+    each: str | Sequence[str] = (),
+    of: str | Sequence[str] = (),
+    pair: str | None = None,
+    compare: tuple[object, object] | None = None,
+    window: str | Sequence[str] = (),
+) -> DataFrame: ...

@@ -249,7 +249,7 @@ def test_doubts(words, call):
 
 
 def test_examples_of_the_docstrings():
-    assert doctest.testmod(dorvek) == (0, 17)
+    assert doctest.testmod(dorvek) == (0, 23)
 
 
 def test_stub_has_the_fields():
