@@ -64,6 +64,15 @@ def main():
                 x = single(a / (a + b) * (1 + scatter * step / 4))
                 if 0 < x < 1:
                     row("betai", bins, [a, b, x], i_beta(a, b, x))
+        # Nearly equal means and variances: significances near 1.
+        for step in range(8, 80):
+            t = mp.mpf(2) ** (-mp.mpf(step) / 5)
+            variance = single(mp.mpf("0.01") * mp.exp(scatter * t))
+            row("ftest", bins, [n, single(0.01), variance], f_test(n, single(0.01), variance))
+            for var in (single(0.01), single(0.03)):
+                mean = single(mp.mpf("1.6") + t * mp.sqrt((single(0.01) + var) / n))
+                args = [n, single(1.6), mean, single(0.01), var]
+                row("tutest", bins, args, t_test(*args))
 
 
 main()
