@@ -52,17 +52,13 @@ struct Sample {
     std::vector<std::vector<float>> g;  // of each chosen one
 };
 
-// 1 and 3 as these numbers, all as none.
+// The numbers, which ascend; of all, none.
 std::vector<std::int32_t> read_partials(const Row& words) {
     std::vector<std::int32_t> chosen;
     if (words == Row{"all"}) return chosen;
     for (const std::string& word : words) {
-        const std::int32_t number = whole_of(word).value_or(0);
-        if (number <= (chosen.empty() ? 0 : chosen.back()) || number > input::maxpdf) {
-            throw WrongCall("--partial: neither all nor ascending numbers from 1 to " +
-                            std::to_string(input::maxpdf));
-        }
-        chosen.push_back(number);
+        const std::int32_t least = chosen.empty() ? 1 : chosen.back() + 1;
+        chosen.push_back(whole_argument("--partial", word, least, input::maxpdf));
     }
     return chosen;
 }
@@ -85,27 +81,19 @@ void require_agreement(const Call& call) {
     }
 }
 
-Row own_headings(bool label, bool shift, bool shift_min) {
-    Row headings{"id", "file", "partials", "partial"};
-    if (label) headings.emplace_back("label");
-    for (const char* heading : {"peak", "rmin", "rmax", "mode", "height", "note"}) {
-        headings.emplace_back(heading);
-    }
-    if (shift) headings.emplace_back("shift");
-    if (shift_min) headings.emplace_back("shift_min");
-    return headings;
-}
-
 // A column from names may not be taken for one of the table, or of what dorvek-batch makes of it;
 // the heading `name` is meant for this.
 Row headings_of(const Call& call) {
-    Row headings =
-        own_headings(!call.labels.empty(), call.scan.has_value(), call.scan_min.has_value());
+    Row headings{"id",   "file", "partials", "partial", "label", "peak",     "rmin",
+                 "rmax", "mode", "height",   "note",    "shift", "shift_min"};
     std::set<std::string> taken{""};
-    for (const Row& row : {own_headings(true, true, true), window_headings(), batch_headings()}) {
+    for (const Row& row : {headings, window_headings(), batch_headings()}) {
         taken.insert(row.begin(), row.end());
     }
     taken.erase("name");
+    if (call.labels.empty()) std::erase(headings, "label");
+    if (!call.scan) std::erase(headings, "shift");
+    if (!call.scan_min) std::erase(headings, "shift_min");
     for (const std::string& name : call.pattern.names) {
         if (!taken.insert(name).second) {
             throw WrongCall("--name: there can be no further column {" + name + "}");
@@ -145,29 +133,20 @@ Sample load(const Call& call, const std::string& file) {
     return sample;
 }
 
-// rmin to note.
-Row window_cells(std::span<const float> r, std::span<const float> g, const input::Window& window) {
-    const Top top = top_of(r, g, window);
-    return {shortest(window.rmin), shortest(window.rmax), text_of(top.mode), text_of(top.height),
-            top.note};
-}
-
 // Writes the windows of sample.chosen[c], moved in all ways that leave two bins on the grid.
 void write_windows(const Call& call, const Sample& sample, std::size_t c,
                    const std::vector<input::Window>& windows) {
     const auto nbins = static_cast<std::int32_t>(sample.r.size());
     const std::int32_t partial = sample.chosen[c];
+    const auto place = static_cast<std::size_t>(partial - 1);
     const std::string stem = (call.suffixes ? sample.file : without_suffix(sample.file)) + "-" +
                              std::to_string(partial) + "-";
     for (std::size_t k = 0; k < windows.size(); ++k) {
         const auto [rmin, rmax, ilo, ihi] = windows[k];
         const std::string peak = std::to_string(k + 1);
         Row what{sample.file, std::to_string(sample.partials), std::to_string(partial)};
-        if (call.labels.empty()) {
-            append(what, {peak});
-        } else {
-            append(what, {call.labels[static_cast<std::size_t>(partial - 1)], peak});
-        }
+        if (!call.labels.empty()) what.push_back(call.labels[place]);
+        what.push_back(peak);
         const std::int32_t scan = call.scan.value_or(0);
         const std::int32_t scan_min = call.scan_min.value_or(0);
         std::int64_t left_out = (2 * std::int64_t{scan} + 1) * (2 * std::int64_t{scan_min} + 1);
@@ -181,7 +160,9 @@ void write_windows(const Call& call, const Sample& sample, std::size_t c,
                 if (s != 0 || m != 0) row[0] += ":" + std::to_string(s);
                 if (m != 0) row[0] += ":" + std::to_string(m);
                 append(row, what);
-                append(row, window_cells(sample.r, sample.g[c], moved));
+                const Top top = top_of(sample.r, sample.g[c], moved);
+                append(row, {shortest(moved.rmin), shortest(moved.rmax), text_of(top.mode),
+                             text_of(top.height), top.note});
                 if (call.scan) row.push_back(std::to_string(s));
                 if (call.scan_min) row.push_back(std::to_string(m));
                 append(row, sample.cells);
@@ -255,8 +236,9 @@ void write_common_windows(const Call& call, const std::string& headings) {
     });
     std::vector<std::vector<input::Window>> windows;
     for (std::size_t c = 0; !samples.empty() && c < samples[0].chosen.size(); ++c) {
-        windows.push_back(windows_of(call, "the mean of g", samples[0].chosen[c], samples[0].r,
-                                     mean_g(samples, c)));
+        const Sample& first = samples[0];
+        const std::vector<float> g = mean_g(samples, c);
+        windows.push_back(windows_of(call, "the mean of g", first.chosen[c], first.r, g));
     }
     write(headings);
     for (const Sample& sample : samples) {
