@@ -30,6 +30,7 @@
 #include "input/pdf_set.hpp"
 #include "running.hpp"
 #include "states.hpp"
+#include "weight.hpp"
 
 namespace {
 
@@ -140,22 +141,6 @@ void fill(input::PdfSet& set, const Sample& sample, Texts& said) {
     }
 }
 
-// Fills report.found, given its limits as typed.
-void analyse(std::span<const input::PdfSet> sets, std::int64_t constraints, driver::Report& report,
-             Texts& said) {
-    const auto ipdf = std::span(report.ipdf).first(sets.size());
-    const driver::Found found = analyse_window(sets, ipdf, constraints, report.found);
-    if (found == driver::Found::no_data) throw py::value_error(std::string(message_of(found)));
-    const input::Window& window = report.found.window;
-    for (const input::PdfSet& set : sets) {
-        if (window.ilo <= window.ihi) {
-            require_finite("g", input::window_of(set.g[0], window.ilo, window.ihi));
-        }
-    }
-    if (found != driver::Found::peak) throw py::value_error(std::string(message_of(found)));
-    tools::add_doubts(sets, ipdf, report.found, said);
-}
-
 py::list headings_of(std::span<const driver::Line> lines) {
     py::list headings;
     for_each_number(lines, [&](const driver::Field& field) { headings.append(field.heading); });
@@ -170,6 +155,38 @@ py::list values_of(std::span<const driver::Line> lines, const driver::Report& re
     return values;
 }
 
+// Median and top of the window of each sample.
+using Places = std::array<std::array<double, 2>, input::maxsamp>;
+
+// The fields of a Peak: sample `s`, counted from 0, of the report.
+py::list peak_of(const driver::Report& report, const Places& places, std::size_t s) {
+    py::list values = values_of(driver::sample_lines(), report, s);
+    for (const double place : places[s]) values.append(place);
+    return values;
+}
+
+// Fills report.found, given its limits as typed, and finds the median and the top of each sample.
+Places analyse(std::span<const input::PdfSet> sets, std::int64_t constraints,
+               driver::Report& report, Texts& said) {
+    const auto ipdf = std::span(report.ipdf).first(sets.size());
+    const driver::Found found = analyse_window(sets, ipdf, constraints, report.found);
+    const auto& [rmin, rmax, ilo, ihi] = report.found.window;
+    if (found != driver::Found::no_data && ilo <= ihi) {
+        for (const input::PdfSet& set : sets)
+            require_finite("g", input::window_of(set.g[0], ilo, ihi));
+    }
+    if (found != driver::Found::peak) throw py::value_error(std::string(message_of(found)));
+    tools::add_doubts(sets, ipdf, report.found, said);
+    Places places{};
+    for (std::size_t s = 0; s < sets.size(); ++s) {
+        const input::PdfSet& set = sets[s];
+        const auto r = input::window_of(set.r, ilo, ihi);
+        const auto weights = input::window_of(set.g[0], ilo, ihi);
+        places[s] = {tools::median_of(r, weights, set.r[1] - set.r[0]), tools::top_of(r, weights)};
+    }
+    return places;
+}
+
 driver::Report report_of(std::int32_t nsamp, py::handle rmin, py::handle rmax) {
     driver::Report report{.nsamp = nsamp, .ipdf = {1, 1}};
     report.found.window.rmin = limit_of("rmin", rmin);
@@ -177,17 +194,24 @@ driver::Report report_of(std::int32_t nsamp, py::handle rmin, py::handle rmax) {
     return report;
 }
 
-py::tuple peak(py::handle r, py::handle g, py::handle n, py::handle rmin, py::handle rmax) {
+py::tuple peak(py::handle r, py::handle g, py::handle n, py::handle rmin, py::handle rmax,
+               const std::string& weight) {
+    const bool is_r2 = weight == "r2";
+    if (!is_r2 && weight != "g") throw py::value_error("weight: neither g nor r2: " + weight);
     const Sample sample = sample_of(r, g, n);
     driver::Report report = report_of(1, rmin, rmax);
+    Places places{};
     Texts said;
     {
         const py::gil_scoped_release release;
         input::PdfSet& set = room()[0];
         fill(set, sample, said);
-        analyse(std::span(&set, 1), 0, report, said);
+        const auto bins = span_of(sample.r);
+        if (is_r2) tools::weigh_r2(bins, std::span(set.g[0]).first(bins.size()));
+        places = analyse(std::span(&set, 1), 0, report, said);
     }
-    return py::make_tuple(values_of(driver::sample_lines(), report, 0), said);
+    if (is_r2) report.found.stats[0].dCN = std::numeric_limits<float>::quiet_NaN();
+    return py::make_tuple(peak_of(report, places, 0), said);
 }
 
 py::tuple compare(py::handle r1, py::handle g1, py::handle n1, py::handle r2, py::handle g2,
@@ -196,6 +220,7 @@ py::tuple compare(py::handle r1, py::handle g1, py::handle n1, py::handle r2, py
     driver::Report report = report_of(2, rmin, rmax);
     const std::int32_t ncons =
         whole_of("constraints", constraints, std::numeric_limits<std::int32_t>::min());
+    Places places{};
     Texts said;
     {
         const py::gil_scoped_release release;
@@ -206,10 +231,9 @@ py::tuple compare(py::handle r1, py::handle g1, py::handle n1, py::handle r2, py
         for (const std::string& what : of_second) said.push_back("second: " + what);
         const std::string_view resampled = driver::reconcile(sets[0], sets[1]);
         if (!resampled.empty()) said.emplace_back(resampled);
-        analyse(sets, ncons, report, said);
+        places = analyse(sets, ncons, report, said);
     }
-    return py::make_tuple(values_of(driver::sample_lines(), report, 0),
-                          values_of(driver::sample_lines(), report, 1),
+    return py::make_tuple(peak_of(report, places, 0), peak_of(report, places, 1),
                           values_of(driver::statistics_lines(), report, 0), said);
 }
 
@@ -233,12 +257,13 @@ py::tuple find_peaks(py::handle r, py::handle g, py::handle range, py::handle pr
     }
     Texts said;
     std::vector<input::Window> windows;
-    std::vector<tools::Top> tops;
+    std::vector<tools::Highest> tops;
     {
         const py::gil_scoped_release release;
         tools::add_grid_doubts(rs, said);
         windows = tools::find_peaks(rs, gs, search);
-        for (const input::Window& window : windows) tops.push_back(tools::top_of(rs, gs, window));
+        for (const input::Window& window : windows)
+            tops.push_back(tools::highest_of(rs, gs, window));
     }
     py::list found;
     for (std::size_t k = 0; k < windows.size(); ++k) {
@@ -295,7 +320,7 @@ py::tuple read_file(const std::string& path, py::handle partials) {
 }
 
 // The columns of a table of results, cell by cell as text, become those of an answer. Numbers that
-// are not known become None.
+// are not known become NaN.
 py::tuple replicas(const Texts& headings, const std::vector<Texts>& columns, const std::string& by,
                    const Texts& each, const Texts& of, const std::string& pair,
                    const Texts& compare, const Texts& window) {
@@ -318,7 +343,13 @@ py::tuple replicas(const Texts& headings, const std::vector<Texts>& columns, con
             answer_of(question, {.headings = headings, .next = next, .tell = say, .complain = say});
     }
     py::list lines;
-    for (const auto& [cells, numbers] : answer.lines) lines.append(py::make_tuple(cells, numbers));
+    for (const auto& [cells, numbers] : answer.lines) {
+        py::list line = py::cast(cells);
+        for (const auto& number : numbers) {
+            line.append(number.value_or(std::numeric_limits<double>::quiet_NaN()));
+        }
+        lines.append(line);
+    }
     return py::make_tuple(answer.headings, lines, said);
 }
 

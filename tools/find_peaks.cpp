@@ -147,11 +147,13 @@ void set_limits(std::span<const float> r, input::Window& window) {
     assert(locate_window(r, located) && located.ilo == window.ilo && located.ihi == window.ihi);
 }
 
-Top top_of(std::span<const float> r, std::span<const float> g, const input::Window& window) {
+Highest highest_of(std::span<const float> r, std::span<const float> g,
+                   const input::Window& window) {
     const auto lo = static_cast<std::size_t>(window.ilo - 1);
     const auto part = g.subspan(lo, static_cast<std::size_t>(window.ihi) - lo);
     const auto highest = std::ranges::max_element(part);
-    Top top{.mode = r[lo + static_cast<std::size_t>(highest - part.begin())], .height = *highest};
+    Highest top{.mode = r[lo + static_cast<std::size_t>(highest - part.begin())],
+                .height = *highest};
     const auto warn_if = [&](bool so, const char* what) {
         if (so) top.note += (top.note.empty() ? "" : "; ") + std::string(what);
     };

@@ -38,12 +38,12 @@ struct PeakSearch {
 void set_limits(std::span<const float> r, input::Window& window);
 
 // The highest bin of a window, the first of equals, and what there is to warn of.
-struct Top {
+struct Highest {
     float mode = 0;    // its r
     float height = 0;  // its g
     std::string note{};
 };
-[[nodiscard]] Top top_of(std::span<const float> r, std::span<const float> g,
-                         const input::Window& window);
+[[nodiscard]] Highest highest_of(std::span<const float> r, std::span<const float> g,
+                                 const input::Window& window);
 
 }  // namespace dorvek::tools

@@ -160,7 +160,7 @@ void write_windows(const Call& call, const Sample& sample, std::size_t c,
                 if (s != 0 || m != 0) row[0] += ":" + std::to_string(s);
                 if (m != 0) row[0] += ":" + std::to_string(m);
                 append(row, what);
-                const Top top = top_of(sample.r, sample.g[c], moved);
+                const Highest top = highest_of(sample.r, sample.g[c], moved);
                 append(row, {shortest(moved.rmin), shortest(moved.rmax), text_of(top.mode),
                              text_of(top.height), top.note});
                 if (call.scan) row.push_back(std::to_string(s));

@@ -27,14 +27,15 @@ class Doubt(UserWarning):
     """What has to be known beside a number, of the data or of the window."""
 
 
-Peak = namedtuple("Peak", _core.sample_headings)
+Peak = namedtuple("Peak", [*_core.sample_headings, "Rmed", "Rtop"])
 Peak.__doc__ = """Statistics of one peak, as the report of dorvek has them; d... is the error of ...
 
 rmin and rmax are r of the first and of the last bin of the window, CN the coordination number, Rmea
 the mean distance, Rmod the most probable one, var the variance, varl and varr its parts below and
 above the mean, adif and arat their difference and ratio, pmo3 and pmo4 central moments, skew and
-kurt skewness and excess kurtosis, cum4 the fourth cumulant. Lengths are in the unit of r. CN and
-dCN are nan without n.
+kurt skewness and excess kurtosis, cum4 the fourth cumulant, Rmed the median and Rtop the top between
+the bins. Lengths are in the unit of r. nan is what is not known: CN and dCN without n, dCN of r2,
+Rmed of a weight below zero, Rtop of a highest bin at an edge.
 """
 
 Comparison = namedtuple("Comparison", ["first", "second", *_core.statistics_headings])
@@ -56,7 +57,7 @@ def _warn(doubts):
         warnings.warn(doubt, Doubt, stacklevel=3)
 
 
-def peak(r, g, n=None, *, rmin, rmax):
+def peak(r, g, n=None, *, rmin, rmax, weight="g"):
     """Take the statistics of the peak in a window.
 
     Parameters
@@ -69,6 +70,8 @@ def peak(r, g, n=None, *, rmin, rmax):
         Its running coordination number. Only CN and dCN depend on it; without it they are nan.
     rmin, rmax : float
         The limits of the window. Both go to the last r strictly below them.
+    weight : {"g", "r2"}, optional
+        What the moments are weighted with: g, or g r^2, the distribution of bond lengths.
 
     Returns
     -------
@@ -92,7 +95,7 @@ def peak(r, g, n=None, *, rmin, rmax):
     >>> round(peak(r, g[:, 1], rmin=1.4, rmax=2.2).Rmea, 5)
     1.6139
     """
-    values, doubts = _core.peak(r, g, n, rmin, rmax)
+    values, doubts = _core.peak(r, g, n, rmin, rmax, weight)
     _warn(doubts)
     return Peak._make(values)
 
@@ -322,7 +325,7 @@ def replicas(frame, by, each=(), of=(), pair=None, compare=None, window=()):
         headings, columns, by, each, of, pair or "", states, window
     )
     _warn(doubts)
-    table = pandas.DataFrame([[*cells, *numbers] for cells, numbers in lines], columns=given)
+    table = pandas.DataFrame(lines, columns=given)
     for heading in {by, *each}.intersection(given):  # as they were, not as text
         at = headings.index(heading)
         table[heading] = table[heading].map(dict(zip(columns[at], frame.iloc[:, at])))

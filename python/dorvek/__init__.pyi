@@ -1,6 +1,6 @@
 from collections.abc import Sequence
 from os import PathLike
-from typing import NamedTuple
+from typing import Literal, NamedTuple
 
 from numpy import float32
 from numpy.typing import ArrayLike, NDArray
@@ -34,6 +34,8 @@ class Peak(NamedTuple):
     dkurt: float
     cum4: float
     dcum4: float
+    Rmed: float
+    Rtop: float
 
 class Comparison(NamedTuple):
     first: Peak
@@ -55,7 +57,13 @@ class Window(NamedTuple):
     note: str
 
 def peak(
-    r: ArrayLike, g: ArrayLike, n: ArrayLike | None = None, *, rmin: float, rmax: float
+    r: ArrayLike,
+    g: ArrayLike,
+    n: ArrayLike | None = None,
+    *,
+    rmin: float,
+    rmax: float,
+    weight: Literal["g", "r2"] = "g",
 ) -> Peak: ...
 def compare(
     first: Sequence[ArrayLike],

@@ -125,9 +125,52 @@ def test_2000_windows():
         with ThreadPoolExecutor(8) as pool:
             in_threads = list(pool.map(one, results.index))
     assert numpy.array_equal(in_threads, peaks, equal_nan=True)
-    for name in dorvek.Peak._fields:
+    for name in set(dorvek.Peak._fields).intersection(results):
         column = [getattr(peak, name) for peak in peaks]
         assert all(map(shown, results[name], column)), name
+
+
+@pytest.fixture(scope="module")
+def scan():
+    windows = program("peaks", "--partial", 2, "--first", "--common", "--scan", 2, "--name",
+                      "{glass}_{T}K.dat", *sorted(SILICA.glob("*.dat")))
+    return program("batch", "-", input=windows)
+
+
+@pytest.mark.parametrize("options, arguments", [
+    (["--each", "shift"], {"each": "shift"}),
+    (["--each", "shift,glass", "--of", "var"], {"each": ["shift", "glass"], "of": "var"}),
+    (["--window", "shift"], {"window": ["shift"]}),
+    (["--window", "shift", "--pair", "glass", "--compare", "300", "1500"],
+     {"window": "shift", "pair": "glass", "compare": (300.0, "1500")}),
+    (["--each", "shift", "--compare", "1500", "300", "--of", "CN,Rmea"],
+     {"each": "shift", "compare": (1500, 300), "of": ["CN", "Rmea"]}),
+])
+def test_what_dorvek_replicas_writes(scan, options, arguments):
+    expected = table(program("replicas", "--by", "T", *options, input=scan))
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")
+        given = dorvek.replicas(pandas.read_csv(io.StringIO(scan)), "T", **arguments)
+    assert list(given) == list(expected) and len(given) == len(expected) > 0
+    for heading, column in given.items():
+        digits = 10 if heading in ("mean", "A", "B", "difference") else 6
+        for text, value in zip(expected[heading], column):
+            if isinstance(value, float):
+                value = f"{value:.{digits}g}".replace("inf", "INF")
+            assert text == str(value) or (text in ("", "NaN") and value == "nan"), heading
+
+
+@pytest.mark.parametrize("error, words, arguments", [
+    (ValueError, "no column X", {"by": "X"}),
+    (ValueError, "use --each", {"by": "T"}),  # shifts differ
+    (ValueError, "two states", {"by": "T", "compare": "30"}),
+    (ValueError, "only with compare", {"by": "T", "pair": "glass"}),
+    (ValueError, "no quantity is mass", {"by": "T", "of": "mass"}),
+    (TypeError, "incompatible", {"by": 3}),
+])
+def test_bad_replicas(scan, error, words, arguments):
+    with pytest.raises(error, match=words):
+        dorvek.replicas(pandas.read_csv(io.StringIO(scan)), **arguments)
 
 
 @pytest.mark.parametrize("partial, options, arguments", [
@@ -176,6 +219,18 @@ def test_kinds_of_arrays(r, g, n):
     assert math.isnan(dorvek.peak(r, g, rmin=0.5, rmax=1.5).CN)
 
 
+def test_weights():
+    r, g, n = sample(COLD)
+    bonds = dorvek.peak(r, g, n, rmin=1.4, rmax=2.2, weight="r2")
+    # numpy: w = g r^2 over bins 70 to 110, e.g. numpy.average((r - mean)**2, weights=w)
+    assert [f"{x:.5g}" for x in (bonds.var, bonds.skew, bonds.kurt)] == ["0.0014058", "1.3016", "8.0455"]
+    assert bonds.CN == dorvek.peak(r, g, n, rmin=1.4, rmax=2.2).CN and math.isnan(bonds.dCN)
+    of_g = dorvek.peak(R, numpy.exp(-((R - 1.003) ** 2) / 0.02), rmin=0.4, rmax=1.6)  # a Gaussian
+    assert abs(of_g.Rtop - 1.003) < 1e-6 and abs(of_g.Rmed - 1.003) < 1e-4
+    cut = dorvek.peak(R, G, rmin=1.01, rmax=1.5)  # its highest bin is the first
+    assert math.isnan(cut.Rtop) and cut.Rmed > 1
+
+
 WITH_NAN = numpy.where(R == 1, math.nan, G)
 GOOD = {"r": R, "g": G, "n": G, "rmin": 0.5, "rmax": 1.5}
 
@@ -200,6 +255,7 @@ GOOD = {"r": R, "g": G, "n": G, "rmin": 0.5, "rmax": 1.5}
     (TypeError, "n: an array of real numbers", {"n": G + 0j}),
     (TypeError, "must be real number", {"rmax": "1.5"}),
     (TypeError, "must be real number", {"rmax": None}),
+    (ValueError, "weight: neither g nor r2: r", {"weight": "r"}),
 ])
 def test_bad_samples(error, words, changed):
     with pytest.raises(error, match=words):
