@@ -154,7 +154,9 @@ void append_row(std::string& table, const Row& row, char separator) {
             std::ranges::replace_if(
                 cell, [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
         }
-        if (separator == '\t' || cell.find_first_of("\",\r\n") == std::string::npos) {
+        const bool quote = separator == '\t' ? cell.starts_with('"')
+                                             : cell.find_first_of("\",\r\n") != std::string::npos;
+        if (!quote) {
             table += cell;
             continue;
         }

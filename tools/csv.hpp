@@ -58,7 +58,8 @@ class TableReader {
 [[nodiscard]] std::string shortest(float number);
 
 // Adds one row to `table`, quoted where needed, as valid UTF-8 whatever the cells hold. Between
-// tabs nothing is quoted: tabs and line feeds of a cell become blanks.
+// tabs, tabs and line feeds of a cell become blanks, and quotes are needed only where it begins
+// with one, which would not be read as it is.
 void append_row(std::string& table, const Row& row, char separator = ',');
 
 }  // namespace dorvek::tools

@@ -37,7 +37,7 @@ void program(int argc, char** argv) {
     std::vector<std::string> files;
     bool tabs = false;
     app.add_option("FILE", files, "results files; - is standard input")->required();
-    app.add_flag("--tsv", tabs, "separate by tabs, and quote nothing");
+    app.add_flag("--tsv", tabs, "separate by tabs; quoted is only what begins with a quote");
     parse(app, argc, argv, "dorvek-table run_*/dorvek.res > peaks.csv");
     write_table(files, tabs ? '\t' : ',');
 }
