@@ -24,14 +24,15 @@ Row result_headings() {
 }
 
 Row window_headings() {
-    return {"id",          "file",  "partials",  "partial",  "rmin",  "rmax",        "name",
-            "constraints", "file2", "partials2", "partial2", "name2", "constraints2"};
+    return {"id",          "file",   "partials", "partial",   "rmin",     "rmax",  "name",
+            "constraints", "weight", "file2",    "partials2", "partial2", "name2", "constraints2"};
 }
 
 Row batch_headings() {
-    Row row{"status", "message", "bins"};
+    Row row{"status", "message", "bins", "step", "weight"};
     const Row results = result_headings();
     row.insert(row.end(), results.begin(), results.end());
+    row.insert(row.end(), {"Rmed", "Rtop"});
     return row;
 }
 

@@ -9,7 +9,6 @@ namespace dorvek::analysis {
 namespace {
 
 constexpr float norm_threshold = 1.0e-35f;
-constexpr float variance_threshold = 1.0e-6f;  // higher moments of a narrower peak are noise
 constexpr float below_every_value = -1.0e35f;
 
 // One sample's window: equally long columns of the chosen partial.

@@ -9,6 +9,9 @@
 
 namespace dorvek::analysis {
 
+// Higher moments of a narrower peak are noise, and given as 0.
+inline constexpr float variance_threshold = 1.0e-6f;
+
 // Whether the window of every sample held any atoms.
 enum class Norm {
     found,

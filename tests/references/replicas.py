@@ -53,7 +53,7 @@ compare("dorvek-replicas --by T --pair glass --compare 300 1500 replicas.csv", a
 compare("sed 2d replicas.csv | dorvek-replicas --by T --compare 300 1500", a[:, 1:], b, False)
 
 table = subprocess.check_output(SCAN + " | dorvek-batch", shell=True, text=True).splitlines()
-rows = list(csv.DictReader(table))
+rows, QUANTITIES = list(csv.DictReader(table)), QUANTITIES + ["Rmed", "Rtop"]
 moved = {s: [r for r in rows if r["shift"] == s] for s in {r["shift"] for r in rows}}
 pairs = {s: values(m, "1500") - values(m, "300") for s, m in moved.items()}
 value, se = pairs["0"].mean(1), stats.sem(pairs["0"], 1)
