@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cctype>
 #include <cerrno>
 #include <cmath>
@@ -26,14 +27,6 @@ set xtics offset 0, 0.3
 set ytics offset 0.5, 0
 set mytics 1
 set xlabel offset 0, 0.5
-set bmargin at screen 0.15
-set style line 1 linecolor rgb "#0072b2" linewidth 1.5 dashtype solid
-set style line 2 linecolor rgb "#d55e00" linewidth 1.5 dashtype (8, 4)
-set style line 3 linecolor rgb "#0072b2" linewidth 1.5 pointtype 7
-set style line 4 linecolor rgb "#d55e00" linewidth 1.5 pointtype 7
-set style line 5 linecolor rgb "#0072b2" linewidth 1.5 pointtype 11
-set style line 6 linecolor rgb "#d55e00" linewidth 1.5 pointtype 11
-set style line 7 linecolor rgb "#a0a0a0" linewidth 1.5
 set style rectangle behind fillcolor rgb "#e4e4e4" fillstyle solid noborder
 )";
 constexpr std::string_view text_style = R"(
@@ -42,14 +35,35 @@ set lmargin 12
 set ylabel offset -1
 set tics nomirror out
 set format "%h"
-set style line 1 linetype 1
-set style line 2 linetype 2
-set style line 3 linetype 1 pointtype "o"
-set style line 4 linetype 2 pointtype "o"
-set style line 5 linetype 1 pointtype "v"
-set style line 6 linetype 2 pointtype "v"
-set style line 7 linetype 3
 )";
+
+// Colours that the colour-blind can tell apart too (Okabe and Ito 2008), with dashes for who prints
+// in grey. A terminal has letters.
+void write_styles(std::ostream& head, Kind kind) {
+    constexpr std::array colours{"0072b2", "d55e00", "009e73", "cc79a7",
+                                 "e69f00", "56b4e9", "000000"};
+    constexpr std::array dashes{"solid", "(8, 4)", "(2, 3)", "(8, 3, 2, 3)"};
+    static_assert(colours.size() * dashes.size() == line_styles);  // and no two are alike
+    const bool is_text = kind == Kind::text;
+    for (std::size_t i = 0; i < line_styles; ++i) {
+        std::ostringstream line;
+        line << (is_text ? " linetype " : " linecolor rgb \"#");
+        if (is_text) {
+            line << i % colours.size() + 1;
+        } else {
+            line << colours[i % colours.size()] << "\" linewidth 1.5";
+        }
+        const auto style = [&](std::size_t number) -> std::ostream& {
+            return head << "set style line " << number << line.str();
+        };
+        style(i + 1) << (is_text ? "" : " dashtype ") << (is_text ? "" : dashes[i % dashes.size()])
+                     << '\n';
+        style(i + 1 + dot_styles) << " pointtype " << (is_text ? "\"o\"" : "7") << '\n';
+        style(i + 1 + mode_styles) << " pointtype " << (is_text ? "\"v\"" : "11") << '\n';
+    }
+    head << "set style line " << limit_style
+         << (is_text ? " linetype 3\n" : " linecolor rgb \"#a0a0a0\" linewidth 1.5\n");
+}
 
 // The commands before those of the first page. A .png has 300 dots per inch, an .svg 96.
 std::string head_of(Kind kind, double height) {
@@ -80,6 +94,7 @@ std::string head_of(Kind kind, double height) {
             break;
     }
     head << " noenhanced" << (kind == Kind::text ? text_style : figure_style);
+    write_styles(head, kind);
     return head.str();
 }
 
