@@ -129,6 +129,7 @@ void read_blocks(const Form& form, const std::string& name, const TakeBlock& tak
         throw Failure(name + ": " + std::string(message_of(status)) +
                       (file.input.error == 0 ? "" : system_reason()));
     }
+    file.input.tab = 0;
     form.read(file, take);
     ::close(file.input.fd);
     if (file.cut_short) {
@@ -142,21 +143,22 @@ void read_blocks(const Form& form, const std::string& name, const TakeBlock& tak
 
 // The only block of a file.
 Block only_block(const Form& form, const std::string& name) {
+    constexpr std::size_t shown = 3;
+    std::vector<std::string> headings;
     Block only;
     std::size_t count = 0;
-    std::string headings;
     read_blocks(form, name, [&](Block& block) {
-        constexpr std::size_t shown = 3;
-        if (++count <= shown) {
-            headings += "\n  before block " + std::to_string(count) +
-                        (block.heading.empty() ? " nothing" : ", " + block.heading);
-        }
+        if (++count <= shown) headings.push_back(block.heading);
         std::swap(only, block);
     });
     if (count == 1) return only;
-    throw Failure("which of these blocks?" + headings +
-                  "\nIf they are steps in time, take --step last, mean or all; if they are "
-                  "partials, --sets");
+    for (std::size_t i = 0; i < headings.size(); ++i) {
+        tell("before block " + std::to_string(i + 1) + ": " +
+             (headings[i].empty() ? "nothing" : headings[i]));
+    }
+    throw Failure(
+        "which blocks? --step last, mean or all if they are steps in time, --sets if they are "
+        "partials");
 }
 
 // The mean of all blocks of the file from this one on, counted from 1.
@@ -174,14 +176,18 @@ Block mean_of_blocks(const Form& form, const std::string& name, std::size_t from
             same_grid = at(mean, i, 0).value == at(block, i, 0).value;
         }
         if (!same_grid) throw Failure("block " + std::to_string(count) + " has another grid");
-        for (std::size_t i = 0; i < mean.numbers.size(); ++i) {
-            if (i % mean.width != 0) mean.numbers[i].value += block.numbers[i].value;
+        for (std::size_t i = 0; i < mean.numbers.size(); i += mean.width) {
+            for (std::size_t c = i + 1; c < i + mean.width; ++c) {
+                mean.numbers[c].value += block.numbers[c].value;
+            }
         }
     });
     if (count < from) throw Failure("--from: there are " + std::to_string(count) + " blocks");
-    for (std::size_t i = 0; i < mean.numbers.size(); ++i) {
-        if (i % mean.width == 0) continue;
-        mean.numbers[i] = {.value = mean.numbers[i].value / static_cast<double>(count - from + 1)};
+    for (std::size_t i = 0; i < mean.numbers.size(); i += mean.width) {
+        for (std::size_t c = i + 1; c < i + mean.width; ++c) {
+            mean.numbers[c] = {.value =
+                                   mean.numbers[c].value / static_cast<double>(count - from + 1)};
+        }
     }
     return mean;
 }

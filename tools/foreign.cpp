@@ -4,6 +4,7 @@
 #include "foreign.hpp"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -21,7 +22,59 @@ namespace dorvek::tools {
 
 using textio::Status;
 
+namespace {
+
+bool is_blank(char c) {
+    return c == ' ' || c == '\t';
+}
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// Takes a decimal of at most 15 digits and no exponent: these and the power of ten are exact as
+// doubles, so the quotient is the nearest one. Returns its end, or nullptr if it is no such.
+const char* take_decimal(const char* at, const char* end, double& value) {
+    static constexpr std::array<double, 16> power{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    const bool negative = at != end && *at == '-';
+    if (negative) ++at;
+    std::uint64_t digits = 0;
+    const auto take_digits = [&] {
+        const char* const first = at;
+        for (; at != end && is_digit(*at); ++at) {
+            digits = 10 * digits + static_cast<std::uint64_t>(*at - '0');
+        }
+        return static_cast<std::size_t>(at - first);
+    };
+    std::size_t count = take_digits();
+    std::size_t decimals = 0;
+    if (at != end && *at == '.') {
+        ++at;
+        decimals = take_digits();
+        count += decimals;
+    }
+    if (count < 1 || count > 15 || (at != end && !is_blank(*at) && *at != ',')) return nullptr;
+    value = static_cast<double>(digits) / power[decimals];
+    if (negative) value = -value;
+    return at;
+}
+
+// Takes a number as nearly all are spelled, in the range of a float. Returns its end, or nullptr if
+// none begins here.
+const char* take_number(const char* at, const char* end, double& value) {
+    if (const char* const stop = take_decimal(at, end, value); stop != nullptr) return stop;
+    const auto [stop, error] = std::from_chars(at, end, value);
+    const bool fits_float = std::abs(value) <= std::numeric_limits<float>::max();
+    return error == std::errc{} && fits_float ? stop : nullptr;
+}
+
+}  // namespace
+
 std::optional<double> number_of(std::string_view text) {
+    double value = 0;
+    if (take_number(text.data(), text.data() + text.size(), value) == text.data() + text.size()) {
+        return value;
+    }
     const std::optional<float> rounded = real_of(text);
     if (!rounded || !std::isfinite(*rounded)) return {};
     std::string respelled(text);  // for std::from_chars: no plus sign, the exponent behind an e
@@ -31,7 +84,7 @@ std::optional<double> number_of(std::string_view text) {
     if (sign != std::string::npos && sign > 0 && (respelled[sign - 1] | 0x20) != 'e') {
         respelled.insert(sign, 1, 'e');
     }
-    double value = 0;  // stays where it is too small for a double
+    value = 0;  // and stays where it is too small for a double
     std::from_chars(respelled.data() + (respelled[0] == '+' ? 1 : 0),
                     respelled.data() + respelled.size(), value);
     return value;
@@ -47,15 +100,12 @@ struct Fields {
     std::string respelled;        // the line with points for decimal commas
     std::vector<Number> numbers;  // the fields
     char separator = ' ';         // semicolon, or comma if there is any, or blank
+    bool are_numbers = false;     // as std::from_chars reads them: all have values
     bool decimal_commas = false;  // or so it seems: blanks separate as well
 };
 
 std::string_view field_at(const Fields& row, std::size_t i) {
     return row.text.substr(row.numbers[i].begin, row.numbers[i].length);
-}
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 bool contains(std::string_view text, char c) {
@@ -94,7 +144,7 @@ bool take_line(ForeignFile& file, std::string_view& line) {
         throw Failure(file.name + ": " + std::string(message_of(status)) + reason);
     }
     file.unterminated = is_last;
-    if (!is_last) line.remove_suffix(1);
+    if (!is_last) line.remove_suffix(line.ends_with("\r\n") ? 2 : 1);
     if (input.line_number == 1) {
         require_text(file, line.substr(0, 2));
         if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
@@ -108,7 +158,7 @@ bool take_plain(std::string_view line, Fields& row) {
     const char* const end = begin + line.size();
     const char* at = begin;
     const auto skip_blanks = [&] {
-        while (at != end && *at == ' ') ++at;
+        while (at != end && is_blank(*at)) ++at;
     };
     bool blanks_separate = false;
     bool comma_between_digits = false;
@@ -118,9 +168,8 @@ bool take_plain(std::string_view line, Fields& row) {
     row.decimal_commas = false;
     for (skip_blanks(); at != end;) {
         double value = 0;
-        const auto [stop, error] = std::from_chars(at, end, value);
-        const bool fits_float = std::abs(value) <= std::numeric_limits<float>::max();
-        if (error != std::errc{} || !fits_float) return false;
+        const char* const stop = take_number(at, end, value);
+        if (stop == nullptr) return false;
         row.numbers.push_back({.value = value,
                                .begin = static_cast<std::uint32_t>(at - begin),
                                .length = static_cast<std::uint32_t>(stop - at)});
@@ -145,58 +194,61 @@ bool take_plain(std::string_view line, Fields& row) {
 // Takes any line as fields that are not yet known to be numbers. A quoted field is one if nothing
 // but a separator follows.
 void split(std::string_view line, Fields& row) {
+    constexpr std::string_view blanks = " \t";
+    const bool semicolons = contains(line, ';');
+    const char separator = semicolons ? ';' : ',';
     row.respelled = line;
     std::string& text = row.respelled;
-    row.separator = contains(line, ';') ? ';' : ' ';
-    const char separator = row.separator == ';' ? ';' : ',';
     const auto behind_blanks = [&](std::size_t from) {
-        return std::min(text.find_first_not_of(' ', from), text.size());
+        return std::min(text.find_first_not_of(blanks, from), text.size());
+    };
+    const auto ends_field = [&](std::size_t i) {
+        return i >= text.size() || text[i] == separator || is_blank(text[i]);
     };
     bool blanks_separate = false;
     bool comma_between_digits = false;
+    row.separator = semicolons ? ';' : ' ';
     row.numbers.clear();
     for (std::size_t at = behind_blanks(0); at < text.size();) {
         std::size_t begin = at;
-        std::size_t end =
-            std::min(text.find_first_of(separator == ';' ? ";" : " ,", at), text.size());
+        std::size_t end = std::min(text.find_first_of(semicolons ? ";" : " \t,", at), text.size());
         std::size_t next = end;
         const std::size_t quote = text[at] == '"' ? text.find('"', at + 1) : std::string::npos;
-        const bool quoted =
-            quote != std::string::npos &&
-            (quote + 1 == text.size() || text[quote + 1] == ' ' || text[quote + 1] == separator);
+        const bool quoted = quote != std::string::npos && ends_field(quote + 1);
         if (quoted) {
             begin = at + 1;
             end = quote;
             next = quote + 1;
-        } else if (separator == ';') {
-            while (end > begin && text[end - 1] == ' ') --end;
         }
-        if (quoted || separator == ';')
-            std::replace(text.begin() + static_cast<std::ptrdiff_t>(begin),
-                         text.begin() + static_cast<std::ptrdiff_t>(end), ',', '.');
+        while (end > begin && is_blank(text[end - 1])) --end;
+        const auto field = std::span(text).subspan(begin, end - begin);
+        if (quoted || semicolons) std::ranges::replace(field, ',', '.');
         row.numbers.push_back({.begin = static_cast<std::uint32_t>(begin),
-                               .length = static_cast<std::uint32_t>(end - begin)});
+                               .length = static_cast<std::uint32_t>(field.size())});
         at = behind_blanks(next);
         if (at == text.size()) break;
-        if (text[at] == separator) {
-            row.separator = separator;
-            comma_between_digits =
-                comma_between_digits || (at == end && at > begin && is_digit(text[at - 1]) &&
-                                         at + 1 < text.size() && is_digit(text[at + 1]));
-            at = behind_blanks(at + 1);
-        } else {
-            blanks_separate = true;
-        }
+        blanks_separate = blanks_separate || text[at] != separator;
+        if (text[at] != separator) continue;
+        comma_between_digits =
+            comma_between_digits || (at == end && !field.empty() && is_digit(field.back()) &&
+                                     at + 1 < text.size() && is_digit(text[at + 1]));
+        row.separator = separator;
+        at = behind_blanks(at + 1);
     }
     while (!row.numbers.empty() && row.numbers.back().length == 0) row.numbers.pop_back();
     row.text = text;
-    row.decimal_commas = comma_between_digits && blanks_separate && separator == ',';
+    row.decimal_commas = comma_between_digits && blanks_separate && !semicolons;
+}
+
+void take_fields(std::string_view line, Fields& row) {
+    row.are_numbers = take_plain(line, row);
+    if (!row.are_numbers) split(line, row);
 }
 
 // The first field that is no number, from this one on; as many as there are if all are numbers,
 // whose values are then known.
 std::size_t first_bad(Fields& row, std::size_t from = 0) {
-    for (std::size_t i = from; i < row.numbers.size(); ++i) {
+    for (std::size_t i = from; !row.are_numbers && i < row.numbers.size(); ++i) {
         const std::optional<double> value = number_of(field_at(row, i));
         if (!value) return i;
         row.numbers[i].value = *value;
@@ -225,14 +277,11 @@ void require_width(const ForeignFile& file, const Fields& row, std::size_t width
 // Takes the next line of an announced row. False at the end of the file, or if that cuts the line.
 bool take_row(ForeignFile& file, Fields& row) {
     for (std::string_view line; take_line(file, line);) {
-        const std::string_view field = textio::trimmed(line);
-        if (field.empty() || field.starts_with('#')) continue;
+        take_fields(line, row);
+        if (row.numbers.empty() || field_at(row, 0).starts_with('#')) continue;
         file.cut_short = file.unterminated;
-        if (file.cut_short) return false;
-        if (take_plain(line, row)) return true;
-        split(line, row);
-        require_numbers(file, row);
-        if (!row.numbers.empty()) return true;
+        if (!file.cut_short) require_numbers(file, row);
+        return !file.cut_short;
     }
     return false;
 }
@@ -280,6 +329,7 @@ void read_yaml(ForeignFile& file, const TakeBlock& take) {
     Block block;
     Fields row;
     std::size_t rows_before = 0;
+    std::size_t width = 0;
     for (std::string_view line; take_line(file, line);) {
         std::string_view item = textio::trimmed(line);
         if (item.empty() || item.starts_with('#') || item == "---" || item == "..." ||
@@ -294,8 +344,10 @@ void read_yaml(ForeignFile& file, const TakeBlock& take) {
             if (is_row) clear(block);
         } else if (is_row && is_whole && item.starts_with("- [")) {
             item.remove_prefix(3);
-            if (!take_plain(item, row)) split(item, row), require_numbers(file, row);
-            if (rows_of(block) + rows_before > 0) require_width(file, row, block.width);
+            take_fields(item, row);
+            require_numbers(file, row);
+            if (width != 0) require_width(file, row, width);
+            width = row.numbers.size();
             append(block, row);
         } else if (!is_row && is_whole && number_of(item)) {
             if (rows_of(block) == 0) continue;
@@ -344,7 +396,7 @@ void read_steps(ForeignFile& file, const TakeBlock& take) {
 // Takes the line with the two kinds of a pair. False if the end of the file cuts it.
 bool take_pair(ForeignFile& file, Fields& row, std::string& pair) {
     for (std::string_view line; take_line(file, line) && !file.unterminated;) {
-        split(line, row);
+        take_fields(line, row);
         if (row.numbers.empty()) continue;
         if (row.numbers.size() != 2 || first_bad(row) == 2) throw bad_line(file, "no pair");
         pair = std::string(field_at(row, 0)).append("-").append(field_at(row, 1));
@@ -372,17 +424,17 @@ bool are_counted(const Fields& row, std::size_t from) {
     return true;
 }
 
-// Is the first row such a heading? It may be that of r = 0 and g = 1, if the next one has whole
-// numbers too.
-bool is_counted_heading(const Block& block, const Fields& next) {
-    const auto is_whole = [](std::string_view text) {
-        return text.find_first_not_of("0123456789") == std::string_view::npos;
-    };
+// Is the first row such a heading? 0 and 1 may be r and g, where the step to the next r is like the
+// one behind it.
+bool begins_counted(const Block& block) {
+    if (rows_of(block) < 3) return false;
     for (std::size_t i = 0; i < block.width; ++i) {
         if (text_at(block, 0, i) != std::to_string(i)) return false;
     }
-    return !is_whole(field_at(next, 0)) &&
-           (block.width > 2 || !is_whole(field_at(next, block.width - 1)));
+    const double next = at(block, 1, 0).value;
+    const double step = at(block, 2, 0).value - next;
+    return text_at(block, 1, 0).find_first_not_of("0123456789") != std::string_view::npos &&
+           (block.width > 2 || std::abs(next - step) > step / 4);
 }
 
 Failure counted_heading(const ForeignFile& file, std::int64_t line) {
@@ -415,7 +467,8 @@ struct Columns {
     std::size_t width = 0;
     std::size_t rows_before = 0;  // of the block before
     char separator = ' ';         // of the first row
-    std::int64_t last_line = 0;   // that is a row
+    std::int64_t first_line = 0;  // that is a row,
+    std::int64_t last_line = 0;   // and the last such
     std::string first_words;      // the first line that is none, as messages show it,
     std::string last_words;       // and the last behind the last row
     std::map<std::size_t, std::string> almost_rows;  // by number of fields: what is wrong with them
@@ -430,7 +483,7 @@ void take_words(const ForeignFile& file, Columns& columns, std::string_view line
         row.text[row.numbers[0].begin] == '#' || row.text[row.numbers[0].begin] == '@';
     const std::size_t fields = row.numbers.size();
     if (comment || fields < 2 || first_bad(row, 1) < fields) return;
-    const Failure failure = are_counted(row, 1)
+    const Failure failure = row.numbers[0].length == 0 && are_counted(row, 1)
                                 ? counted_heading(file, file.input.line_number)
                                 : bad_line(file,
                                            "column 1 is no number, but all others are; if this is "
@@ -439,7 +492,9 @@ void take_words(const ForeignFile& file, Columns& columns, std::string_view line
     columns.almost_rows.try_emplace(fields, failure.what());
 }
 
-void require_r(const ForeignFile& file, const Block& block, char separator) {
+void require_r(const ForeignFile& file, const Columns& columns, const Block& block) {
+    const char separator = columns.separator;
+    if (file.blocks == 1 && begins_counted(block)) throw counted_heading(file, columns.first_line);
     if (!counts_rows(block)) return;
     throw Failure(file.name + ": the first column only counts rows; take it out (" +
                   (separator == ','   ? "cut -d, -f2-"
@@ -454,15 +509,13 @@ void take_numbers(ForeignFile& file, Columns& columns, const Fields& row, const 
     if (columns.width == 0) {
         columns.width = row.numbers.size();
         columns.separator = row.separator;
+        columns.first_line = file.input.line_number;
         const auto found = columns.almost_rows.find(columns.width);
         if (found != columns.almost_rows.end()) throw Failure(found->second);
     }
     require_width(file, row, columns.width);
     if ((row.separator == ';') != (columns.separator == ';')) {
         throw bad_line(file, "only some of the rows are apart by semicolons");
-    }
-    if (file.blocks == 0 && rows == 1 && is_counted_heading(block, row)) {
-        throw counted_heading(file, columns.last_line);
     }
     if (rows > 0 && row.numbers[0].value < at(block, rows - 1, 0).value) {
         if (columns.last_words.empty())
@@ -507,18 +560,15 @@ void read_columns(ForeignFile& file, const TakeBlock& take) {
     Columns columns;
     Fields row;
     const TakeBlock take_columns = [&](Block& block) {
-        require_r(file, block, columns.separator);
+        require_r(file, columns, block);
         take(block);
     };
     for (std::string_view line; take_line(file, line);) {
-        const bool is_plain = take_plain(line, row);
-        if (!is_plain) {
-            split(line, row);
-            if (row.numbers.empty()) continue;
-            if (!begins_numbers(field_at(row, 0))) {
-                take_words(file, columns, line, row);
-                continue;
-            }
+        take_fields(line, row);
+        if (row.numbers.empty()) continue;
+        if (!row.are_numbers && !begins_numbers(field_at(row, 0))) {
+            take_words(file, columns, line, row);
+            continue;
         }
         const bool is_whole = !file.unterminated ||
                               (columns.rows_before == 0 && row.numbers.size() >= columns.width &&
@@ -528,7 +578,7 @@ void read_columns(ForeignFile& file, const TakeBlock& take) {
             if (!begins_block(columns, row)) clear(columns.block);
             continue;
         }
-        if (!is_plain) require_numbers(file, row);
+        require_numbers(file, row);
         take_numbers(file, columns, row, take_columns);
     }
     hand_over_last(file, columns.block, columns.rows_before, take_columns);

@@ -52,8 +52,8 @@ using TakeBlock = std::function<void(Block&)>;
 
 // A file that has been opened and attached, and how its reading went.
 struct ForeignFile {
-    std::string name;  // for messages
-    textio::Input input;
+    std::string name;           // for messages
+    textio::Input input;        // which leaves tabs as they are: its tab is 0
     std::size_t blocks = 0;     // taken: all that are whole
     bool cut_short = false;     // one more begins, which the end of the file cuts
     bool unterminated = false;  // the last line has no line feed

@@ -30,9 +30,13 @@ std::vector<double> column_of(const Block& block, std::size_t column) {
     return values;
 }
 
-std::string text_of(const Block& block, std::size_t row, std::size_t column) {
+void append_number(std::string& text, const Block& block, std::size_t row, std::size_t column) {
     const Number& number = at(block, row, column);
-    return number.length > 0 ? std::string(text_at(block, row, column)) : written(number.value);
+    if (number.length > 0) {
+        text += text_at(block, row, column);
+    } else {
+        text += written(number.value);
+    }
 }
 
 // The columns of g of a block, r being 0.
@@ -108,7 +112,7 @@ void require_running(const Partial& partial, std::size_t number) {
         };
         if (n(i) >= n(i - 1) || at(*partial.block, i, partial.column).value < 0) continue;
         throw Failure("n of partial " + std::to_string(number) + " falls at r = " +
-                      text_of(*partial.block, i, 0) + ": that is no running number");
+                      std::string(text_at(*partial.block, i, 0)) + ": that is no running number");
     }
 }
 
@@ -135,7 +139,7 @@ Digits digits_of(std::string_view text) {
 }
 
 // Would more digits of r make its steps even? No bin then lies further off its place than rounding
-// moves it.
+// moves it, and more than one is out of step; else a bin is missing.
 bool is_rounded(std::span<const double> r, const Block& block, std::size_t first) {
     Digits most;
     for (std::size_t i = 0; i < r.size(); ++i) {
@@ -144,14 +148,16 @@ bool is_rounded(std::span<const double> r, const Block& block, std::size_t first
         most.significant = std::max(most.significant, digits.significant);
     }
     const double step = (r.back() - r.front()) / static_cast<double>(r.size() - 1);
+    std::size_t jumps = 0;
     for (std::size_t i = 0; i < r.size(); ++i) {
+        if (i > 0 && std::abs(r[i] - r[i - 1] - step) >= step / 2) ++jumps;
         const double place = r.front() + static_cast<double>(i) * step;
         const double leading = std::floor(std::log10(std::max(std::abs(place), 1e-30)));
         const double unit = std::pow(
             10, std::max(-static_cast<double>(most.behind_point), leading + 1 - most.significant));
         if (std::abs(r[i] - place) > 1.01 * unit) return false;
     }
-    return true;
+    return jumps > 1;
 }
 
 void require_even(std::span<const double> r, const Block& block, std::size_t first) {
@@ -159,8 +165,9 @@ void require_even(std::span<const double> r, const Block& block, std::size_t fir
     const auto place = [&](std::size_t i) { return r[i]; };
     const std::size_t bad = r.back() > r.front() ? out_of_step(r.size(), place) : 1;
     if (bad == r.size()) return;
-    throw Failure("r does not ascend in even steps at " + text_of(block, first + bad, 0) +
-                  (is_rounded(r, block, first) ? ": it has too few digits" : ""));
+    throw Failure("r does not ascend in even steps at " +
+                  std::string(text_at(block, first + bad, 0)) +
+                  (is_rounded(r, block, first) ? ": more digits of r would cure that" : ""));
 }
 
 }  // namespace
@@ -206,14 +213,19 @@ std::string pdf_text(std::span<const Block> sets, std::span<const Block> running
         partials.size() > 1 && layout.densities.empty() && !layout.running && running.empty();
 
     std::string text;
+    text.reserve(sets.size() * first.text.size() + 16 * r.size());
     for (std::size_t i = from; i < end; ++i) {
         bool below_zero = false;
-        text += text_of(first, i, 0);
+        text += text_at(first, i, 0);
         for (const Partial& partial : partials) {
-            text += ' ' + text_of(*partial.block, i, partial.column) + ' ';
-            text += partial.running == nullptr
-                        ? written(partial.n[i])
-                        : text_of(*partial.running, i, partial.running_column);
+            text += ' ';
+            append_number(text, *partial.block, i, partial.column);
+            text += ' ';
+            if (partial.running == nullptr) {
+                text += written(partial.n[i]);
+            } else {
+                append_number(text, *partial.running, i, partial.running_column);
+            }
             below_zero = below_zero || at(*partial.block, i, partial.column).value < 0;
         }
         text += '\n';

@@ -105,7 +105,8 @@ Status take_bytes(Input& input, std::size_t count, std::string_view& line) {
     line = {input.block.bytes.get() + input.begin, count};
     input.previous = input.begin;
     input.begin += count;
-    const bool rewrite = input.has_controls && (contains(line, '\t') || contains(line, '\r'));
+    const bool rewrite =
+        input.tab != 0 && input.has_controls && (contains(line, '\t') || contains(line, '\r'));
     if (rewrite && drop_controls(input, line) != Status::ok) return Status::cannot_read;
     ++input.line_number;
     return Status::ok;

@@ -43,7 +43,7 @@ struct Buffer {
 struct Input {
     int fd = 0;
     std::size_t limit = 0;         // bytes that a line may have, as many as memory holds if 0
-    std::size_t tab = 0;           // columns between tab stops
+    std::size_t tab = 0;           // columns between tab stops; lines stay as they are if 0
     std::int64_t line_number = 0;  // of the line taken last, counted from 1
     bool continued = false;        // the values read last stood on more than one line
     int error = 0;                 // errno of what failed
