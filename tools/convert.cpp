@@ -7,15 +7,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <optional>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "csv.hpp"
 #include "foreign.hpp"
 #include "input/pdf_set.hpp"
 #include "pdf_text.hpp"
@@ -43,35 +41,24 @@ constexpr std::array<Form, 3> forms{{
     {"dlpoly", read_dlpoly, "sets", " --range --density --fractions --atoms --volume "},
 }};
 
-// The options as they are typed.
+// The options, lists as they are typed.
 struct Call {
-    std::string form, file = "-", step, from = "1", output, density, volume, running_file;
+    std::string form, file = "-", step, output, running_file;
     std::vector<std::string> use, fractions, atoms, pairs;
     bool running = false, sets = false;
+    std::int32_t from = 1;
+    double density = 0, volume = 0;  // 0 if not given
     Range range;
 };
-
-double positive(const std::string& option, const std::string& text) {
-    const double value = number_of(text).value_or(0);
-    if (value > 0) return value;
-    throw WrongCall(option + ": " + text + " is not a number above 0");
-}
-
-std::size_t whole(const std::string& option, const std::string& text, std::int32_t lowest) {
-    const std::int32_t value = whole_of(text).value_or(lowest - 1);
-    if (value >= lowest) return static_cast<std::size_t>(value);
-    throw WrongCall(option + ": " + text + " is not a whole number from " + std::to_string(lowest) +
-                    " on");
-}
 
 // The density of the second kind of atoms of each pair.
 std::vector<double> densities_of(const Call& call, std::span<const std::string> pairs) {
     std::vector<std::pair<std::string, double>> kinds;
-    const double volume = positive("--volume", call.volume);
     for (const std::string& atoms : call.atoms) {
         const std::size_t equals = atoms.find('=');
         if (equals == std::string::npos) throw WrongCall("--atoms: " + atoms + " has no count");
-        kinds.emplace_back(atoms.substr(0, equals), positive("--atoms", atoms.substr(equals + 1)));
+        kinds.emplace_back(atoms.substr(0, equals),
+                           real_argument("--atoms", atoms.substr(equals + 1), above_zero));
     }
     std::vector<double> densities;
     for (const std::string& pair : pairs) {
@@ -80,7 +67,7 @@ std::vector<double> densities_of(const Call& call, std::span<const std::string> 
             for (const auto& [second, second_count] : kinds) {
                 std::string name = first;
                 name.append("-").append(second);
-                if (pair == name) meant.push_back(second_count / volume);
+                if (pair == name) meant.push_back(second_count / call.volume);
             }
         }
         if (meant.size() != 1) throw WrongCall("--pairs: " + pair + " is not one pair of --atoms");
@@ -95,25 +82,26 @@ Layout layout_of(const Call& call, bool running, std::span<const std::string> pa
     layout.running = running;
     layout.range = call.range;
     for (const std::string& column : call.use) {
-        layout.use.push_back(whole("--use", column, 2));
-        if (running && layout.use.back() % 2 == 1) {
+        const std::int32_t number =
+            whole_argument("--use", column, 2, std::numeric_limits<std::int32_t>::max());
+        layout.use.push_back(static_cast<std::size_t>(number));
+        if (running && number % 2 == 1) {
             throw WrongCall("--use: with --running, the columns of g are 2, 4, 6, ..., not " +
                             column);
         }
     }
     const int ways = (running ? 1 : 0) + (call.running_file.empty() ? 0 : 1) +
-                     (call.density.empty() ? 0 : 1) + (call.atoms.empty() ? 0 : 1);
+                     (call.density > 0 ? 1 : 0) + (call.atoms.empty() ? 0 : 1);
     if (ways != 1) {
         throw WrongCall(
             "the running numbers come from one of --running (they are in the file), --cn, "
             "--density, and --atoms with --volume and --pairs");
     }
     if (!call.atoms.empty()) layout.densities = densities_of(call, pairs);
-    if (!call.density.empty()) layout.density = positive("--density", call.density);
+    layout.density = call.density;
     for (const std::string& text : call.fractions) {
-        const double fraction = positive("--fractions", text);
-        if (fraction > 1) throw WrongCall("--fractions: " + text + " is above 1");
-        layout.densities.push_back(layout.density * fraction);
+        layout.densities.push_back(layout.density *
+                                   real_argument("--fractions", text, above_zero, 1));
     }
     return layout;
 }
@@ -196,7 +184,7 @@ Block mean_of_blocks(const Form& form, const std::string& name, std::size_t from
 std::vector<Block> sets_of(const Form& form, const std::string& name, const Call& call) {
     std::vector<Block> sets;
     if (call.step == "mean") {
-        sets.push_back(mean_of_blocks(form, name, whole("--from", call.from, 1)));
+        sets.push_back(mean_of_blocks(form, name, static_cast<std::size_t>(call.from)));
     } else if (call.step == "only") {
         sets.push_back(only_block(form, name));
     } else if (call.step == "last") {
@@ -245,7 +233,7 @@ void convert(const Form& form, Call& call) {
     if ((call.step == "all") == call.output.empty()) {
         throw WrongCall("--step all and -o NAME go together");
     }
-    if (call.from != "1" && call.step != "mean") throw WrongCall("--from goes with --step mean");
+    if (call.from > 1 && call.step != "mean") throw WrongCall("--from goes with --step mean");
     if (call.sets && !call.step.empty()) throw WrongCall("--step does not go with --sets");
     if (call.step == "all" && !call.running_file.empty()) {
         throw WrongCall("--cn does not go with --step all");
@@ -281,35 +269,42 @@ void program(int argc, char** argv) {
     CLI::App app("Makes PDF files of what other programs write.", "dorvek-convert");
     Call call;
     app.add_option("FORM", call.form, "what FILE is: lammps, columns, dlpoly")->required();
-    app.add_option("FILE", call.file, "standard input if - or none");
+    const CLI::Option* file = app.add_option("FILE", call.file, "standard input if - or none");
     add_range(app, "--range", call.range, "write these r only");
-    app.add_option("--step", call.step, "the block to take; lammps: last if not said")
+    app.add_option("--step", call.step, "the block to take; of lammps the last if not said")
         ->check(CLI::IsMember({"last", "mean", "all"}));
-    app.add_option("--from", call.from, "the mean is of all blocks from this one on");
+    constexpr std::int32_t many = std::numeric_limits<std::int32_t>::max();
+    constexpr double large = std::numeric_limits<double>::infinity();
+    add_whole(app, "--from", call.from, 1, many, "the mean is of all blocks from this one on");
     app.add_option("-o", call.output, "all go to NAME-1.dat, NAME-2.dat, ...")->type_name("NAME");
-    const auto group = [](CLI::Option* option, const char* name, const char* type) {
-        return option->group(name)->type_name(type)->delimiter(',')->allow_extra_args(false);
+
+    const char* group = "Options of columns";
+    const auto describe = [&](CLI::Option* option, const char* type) {
+        return option->group(group)->type_name(type);
     };
-    const char* const columns = "Options of columns";
-    app.add_flag("--sets", call.sets, "the blocks are partials of the same r")->group(columns);
-    group(app.add_option("--use", call.use, "the columns of g; r is column 1"), columns, "3,4");
-    app.add_flag("--running", call.running, "the columns are r, g, n, g, n, ...")->group(columns);
-    app.add_option("--cn", call.running_file, "the file with n in the place of g")
-        ->group(columns)
-        ->type_name("FILE");
-    const char* const both = "Options of columns and dlpoly";
-    CLI::Option* density = app.add_option("--density", call.density, "atoms in a unit of volume");
-    density->group(both)->type_name("RHO");
-    group(app.add_option("--fractions", call.fractions, "of those counted, for each partial"), both,
-          "C,C")
+    const auto add_list = [&](const char* name, auto& list, const char* type, const char* what) {
+        CLI::Option* option = app.add_option(name, list, what);
+        return describe(option, type)->delimiter(',')->allow_extra_args(false);
+    };
+    app.add_flag("--sets", call.sets, "the blocks are partials of the same r")->group(group);
+    add_list("--use", call.use, "3,4", "the columns of g; r is column 1");
+    app.add_flag("--running", call.running, "the columns are r, g, n, g, n, ...")->group(group);
+    describe(app.add_option("--cn", call.running_file, "there n stands in the place of g"), "FILE");
+    CLI::Option* pairs = add_list("--pairs", call.pairs, "Si-Si,Si-O,O-O", "of each partial");
+    group = "Options of columns and dlpoly";
+    CLI::Option* density = describe(
+        add_real(app, "--density", call.density, above_zero, large, "atoms in a unit of volume"),
+        "RHO");
+    add_list("--fractions", call.fractions, "C,C", "of those counted, for each partial")
         ->needs(density);
-    CLI::Option* atoms = app.add_option("--atoms", call.atoms, "the atoms in VOLUME");
-    CLI::Option* volume = app.add_option("--volume", call.volume, "in the unit of r");
-    CLI::Option* pairs = app.add_option("--pairs", call.pairs, "of each partial; not of dlpoly");
-    group(atoms, both, "Si=512,O=1024")->needs(volume);
-    volume->group(both)->type_name("VOLUME")->needs(atoms);
-    group(pairs, both, "Si-Si,Si-O,O-O")->needs(atoms);
-    parse(app, argc, argv, "dorvek-convert columns --density 0.072 rdf.xvg > rdf.dat");
+    CLI::Option* atoms = add_list("--atoms", call.atoms, "Si=512,O=1024", "the atoms in VOLUME");
+    CLI::Option* volume = describe(
+        add_real(app, "--volume", call.volume, above_zero, large, "in the unit of r"), "VOLUME");
+    atoms->needs(volume);
+    volume->needs(atoms);
+    pairs->needs(atoms);
+    parse(app, argc, argv, "dorvek-convert columns --density 33.4 rdf.xvg > water.dat");
+    require_input(file);
 
     const auto form = std::ranges::find(forms, call.form, &Form::name);
     if (form == forms.end()) throw WrongCall("there is no form " + call.form);

@@ -41,7 +41,7 @@ columns --running|.5 1 2 3\n.6 5 6 7\n|1||4 columns are not r, and g and n of ea
 columns --density 1|r\n.5\n.6\n|1||1 columns are not r, and g of each partial
 columns --running|2$(printf ' 1%.0s' $(seq 22))\n3$(printf ' 1%.0s' $(seq 22))\n|0|2$(printf ' 1%.0s' $(seq 22))\n3$(printf ' 1%.0s' $(seq 22))\n|11 partials: dorvek takes the first 10
 columns --running --step last|2 1 2\n4 3 4\n2 5 6\n4 7 8\n|0|2 5 6\n4 7 8\n|2 blocks
-columns --running|2 1 2\n4 3 4\n2 5 6\n4 7 8\n|1||before block 2, line 2: 4 3 4
+columns --running|2 1 2\n4 3 4\n2 5 6\n4 7 8\n|1||before block 2: line 2: 4 3 4
 columns --running|2 1 2\n4 3 4\n# next\n2 5 6\n4 7 8|0|2 1 2\n4 3 4\n|cut short
 columns --running|2 1 2\n4 3 4\n2 5 6\n|0|2 1 2\n4 3 4\n|cut short
 columns --running|2 1 2\n4 3 4\n2 5 6\n4 7|0|2 1 2\n4 3 4\n|cut short
@@ -74,9 +74,9 @@ columns --density $rho|1 0\n2 1\n3 2\n4 1\n|0|1 0 0\n2 1 4\n3 2 22\n4 1 38\n|
 columns|2 1\n4 1\n|2||--density
 columns --density 1 --running|2 1 1\n4 1 1\n|2||--density
 columns --density 1 --fractions .5|2 1 1\n4 1 1\n|2||fractions
-columns --density 1 --fractions 50|2 1\n4 1\n|2||above 1
-columns --density nan|2 1\n4 1\n|2||not a number above 0
-columns --density 1 --use 1|2 1\n4 1\n|2||not a whole number from 2 on
+columns --density 1 --fractions 50|2 1\n4 1\n|2||50 is no number above 0 to 1
+columns --density nan|2 1\n4 1\n|2||nan is no number above 0
+columns --density 1 --use 1|2 1\n4 1\n|2||1 is no whole number from 2 on
 columns --density 1 --use 3|2 1\n4 1\n|2||there are 2 columns
 columns --atoms A=1 --density 1|2 1\n4 1\n|2||--volume
 columns --atoms A=1 --volume 2 --pairs A-B|2 1\n4 1\n|2||A-B
