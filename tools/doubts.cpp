@@ -32,9 +32,8 @@ void add_doubts(std::span<const input::PdfSet> sets, std::span<const std::int32_
             said.push_back(of + "g below zero in " + std::to_string(below) + " bins of the window");
         }
         if (!(analysis.stats[s].var > dorvek::analysis::variance_threshold)) {
-            said.push_back(of +
-                           "variance not above 1E-6: skew, kurt, pmo3, pmo4 and cum4 are 0; is the "
-                           "unit of r too large?");
+            said.push_back(of + std::string(too_narrow) +
+                           ": skew, kurt, pmo3, pmo4 and cum4 are 0; is the unit of r too large?");
         }
     }
     if (sets.size() == 2 && analysis.comparison.distribution.doff <= 0.0f) {

@@ -14,6 +14,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "doubts.hpp"
 #include "failure.hpp"
 #include "textio/lines.hpp"
 #include "uncertainty.hpp"
@@ -28,9 +29,8 @@ constexpr std::array<std::string_view, 13> always{"CN",   "Rmea", "Rmod", "var",
                                                   "pmo4", "kurt", "cum4"};
 constexpr std::array<std::string_view, 2> if_there{"Rmed", "Rtop"};  // they may have empty cells
 
-// What is nothing but 0 where the unit of r is too large, and the words of a message that says so.
+// What is nothing but 0 where the unit of r is too large.
 constexpr std::array<std::string_view, 5> of_shape{"pmo3", "skew", "pmo4", "kurt", "cum4"};
-constexpr std::string_view too_narrow = "variance not above 1E-6";
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
