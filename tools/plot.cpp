@@ -210,21 +210,19 @@ bool is_pdf_file(const std::string& content) {
 
 void draw_input(const Call& call) {
     const std::string content = content_of(call.input);
-    const bool draws_quantities = !call.quantities.of.empty();
     if (is_pdf_file(content)) {
         throw WrongCall(call.input + ": is a PDF file; dorvek-plot --file " + call.input +
                         " --partial 1 draws its first partial");
     }
-    if (is_results_file(content)) {
-        if (draws_quantities) {
+    if (!call.quantities.of.empty()) {
+        if (!content.empty() && is_results_file(content)) {
             throw WrongCall(call.input + ": --of takes a table; dorvek-table makes one of it");
         }
-        draw_all(call, results_in(call, content));
-    } else if (draws_quantities) {
         draw(call.look.kind, call.picture.value_or(""),
              page_of(call.quantities, call.look, content, call.input));
     } else {
-        draw_all(call, table_in(call, content));
+        draw_all(call,
+                 is_results_file(content) ? results_in(call, content) : table_in(call, content));
     }
 }
 
