@@ -20,6 +20,7 @@
 #include <string_view>
 #include <vector>
 
+#include "answer.hpp"
 #include "data_file.hpp"
 #include "doubts.hpp"
 #include "driver/analyse_window.hpp"
@@ -29,7 +30,6 @@
 #include "grid.hpp"
 #include "input/pdf_set.hpp"
 #include "running.hpp"
-#include "states.hpp"
 #include "weight.hpp"
 
 namespace {

@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include "answer.hpp"
 #include "csv.hpp"
 #include "program.hpp"
-#include "states.hpp"
 
 namespace {
 

@@ -1,46 +1,107 @@
-// Results of simulations as replicas of states: which of them are averaged, which must not be, and
-// the table that comes of it. The same whether they stand in a file or in an array of Python.
+// Rows of results as replicas of states: which of them belong together, and which must not be
+// averaged or compared.
 #pragma once
 
 #include <functional>
-#include <optional>
+#include <limits>
+#include <map>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace dorvek::tools {
 
+using Texts = std::vector<std::string>;
+
 // What is asked of the results. All but the quantities and the two states are headings of columns.
 struct Question {
-    std::string by{};                    // results equal in it are replicas of one state
-    std::vector<std::string> each{};     // all is done for each combination of these
-    std::vector<std::string> of{};       // quantities, in this order; all if empty
-    std::string pair{};                  // replicas equal in it are pairs; empty: no pairs
-    std::vector<std::string> compare{};  // none, or two states: the first is taken off the second
-    std::vector<std::string> window{};   // shifts of the window; empty: no budget
+    std::string by{};    // results equal in it are replicas of one state
+    Texts each{};        // all is done for each combination of these
+    Texts of{};          // quantities, in this order; all if empty
+    std::string pair{};  // replicas equal in it are pairs; empty: no pairs
+    Texts compare{};     // none, or two states: the first is taken off the second
+    Texts window{};      // shifts of the window; empty: no budget
 };
 
 // Where the results come from, and where words about them go.
 struct Results {
     std::span<const std::string> headings;
-    std::function<bool(std::vector<std::string>&)> next;  // a cell for each heading; false: no more
-    std::function<void(const std::string&)> tell;         // what a reader of the means has to know
-    std::function<void(const std::string&)> complain;     // what is left out, and asked for
+    std::function<bool(Texts&)> next;                  // a cell for each heading; false: no more
+    std::function<void(const std::string&)> tell;      // what a reader of the means has to know
+    std::function<void(const std::string&)> complain;  // what is left out, and asked for
 };
 
-// The means, differences or budgets: cells of text come first, then numbers; a number that is not
-// known is empty.
-struct Answer {
-    struct Line {
-        std::vector<std::string> cells{};
-        std::vector<std::optional<double>> numbers{};
-    };
-    std::vector<std::string> headings{};
-    std::vector<Line> lines{};
+// The least and the most of some numbers.
+struct Extent {
+    double least = std::numeric_limits<double>::infinity();
+    double most = -std::numeric_limits<double>::infinity();
 };
 
-// Takes all results and answers the question, in the order met. A column that is missing or named
-// twice and an unknown quantity throw WrongCall; results that cannot be averaged throw Failure.
-[[nodiscard]] Answer answer_of(const Question& question, const Results& results);
+struct Replica {
+    std::string pair{};
+    std::vector<double> values{};  // of the quantities of the study
+};
+
+// The replicas of a state at one shift of their windows.
+struct Moved {
+    std::string name{};    // the shift with its column, for messages
+    std::string window{};  // that of the first replica
+    Extent rmin{};
+    Extent rmax{};
+    std::set<std::string> files{};  // with the partial
+    std::vector<Replica> replicas{};
+};
+
+struct State {
+    std::string cell{};           // what its rows have in common
+    std::string name{};           // with column and combination, for messages
+    Texts alike{};                // cells in which its rows must not differ
+    std::string other_windows{};  // the first two that differ at one shift, if any do
+    std::string twice{};          // the first file and partial that stands twice
+    std::map<std::vector<double>, Moved> moved{};  // by their shifts
+};
+
+// The states that agree in the --each columns, in the order met.
+struct Combination {
+    Texts cells{};
+    std::string name{};  // with the columns, for messages
+    std::vector<State> states{};
+};
+
+// All results that did not fail, in the order met.
+struct Study {
+    Texts quantities{};  // the headings of what is averaged
+    Texts alike{};       // the headings of State::alike
+    std::vector<Combination> combinations{};
+};
+
+// Takes all results. Where the message of a row says that its peak is too narrow for the program,
+// what it says of the shape of the peak is not a number. A column that is missing and an unknown
+// quantity throw WrongCall. Failure is thrown by rows of one state that are no replicas: they
+// differ in what the user has not named, or their windows do not overlap; and by rows that cannot
+// be read, or none.
+[[nodiscard]] Study study_of(const Question& question, const Results& results);
+
+// The state that the user names: by the text of its cell or, if none has it, by the number in it.
+// nullptr if there is none; more than one throws Failure. Tells of states that are the same number.
+[[nodiscard]] const State* state_named(const std::string& name, const Combination& among,
+                                       const Question& question, const Results& results);
+
+// The cells of the states, for messages.
+[[nodiscard]] std::string cells_of(const Combination& combination);
+
+// Two states differ in nothing but what the user has named, and their windows overlap; or else
+// Failure is thrown.
+void require_comparable(const State& a, const State& b, const Study& study,
+                        const Question& question);
+
+// The replicas at this shift; nullptr if there are none.
+[[nodiscard]] const Moved* moved_of(const State& state, const std::vector<double>& shift);
+
+void include(Extent& extent, const Extent& other);
+
+// "2", or "1 to 3".
+[[nodiscard]] std::string text_of(const Extent& extent);
 
 }  // namespace dorvek::tools
