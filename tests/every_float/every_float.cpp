@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "checks.hpp"
+#include "support/reals.hpp"
 
 int main(int argc, char** argv) {
     namespace checks = dorvek::checks;

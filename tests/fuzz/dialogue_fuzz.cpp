@@ -20,7 +20,6 @@ using dorvek::fuzz::claim;
 using dorvek::fuzz::files;
 using dorvek::fuzz::take_until;
 using dorvek::support::content_of;
-using dorvek::support::file_holding;
 
 // Every block of a report in the results file stands on the terminal too, in the same order. The
 // two part only in the line that ends a comparison.
@@ -40,55 +39,38 @@ void compare_reports(std::string_view shown, std::string_view results) {
     }
 }
 
-// As it is before its first run, but that the sets hold `left` where a run has not put anything.
-void reset(dorvek::driver::Run& run, float left) {
-    for (dorvek::input::PdfSet& set : run.sets) {
-        set.nbins = set.npdfs = 0;
+// What a new run shows on the terminal; its sets hold `left` where it does not put anything.
+std::string shown_by_run(std::string_view typed, float left) {
+    const auto run = std::make_unique<dorvek::driver::Run>();
+    for (dorvek::input::PdfSet& set : run->sets) {
         set.r.fill(left);
         for (auto& column : set.g) column.fill(left);
         for (auto& column : set.cn) column.fill(left);
     }
-    run.report = {};
-    run.ncons = {};
-    run.results = {};
-    run.file = {};
-}
-
-// What a run shows on the terminal.
-std::string shown_by(dorvek::driver::Run& run, std::string_view typed) {
-    dorvek::textio::Terminal terminal;
-    attach(terminal.in, file_holding(typed));
-    terminal.out.fd = file_holding("");
-    run.results.fd = run.file.fd = -1;  // closed below, even if it was not opened
-    try {
-        dorvek::driver::run(run, terminal);
-        flush(terminal.out);
-    } catch (const dorvek::fuzz::RunEnded&) {
-        ::close(run.results.fd);
-        ::close(run.file.fd);
-    }
-    std::string shown = content_of(terminal.out.fd);
-    ::close(terminal.in.fd);
-    ::close(terminal.out.fd);
-    return shown;
+    run->results.fd = run->file.fd = -1;  // closed below, even if it was not opened
+    return dorvek::support::play(typed, [&](dorvek::textio::Terminal& terminal) {
+        try {
+            dorvek::driver::run(*run, terminal);
+        } catch (const dorvek::fuzz::RunEnded&) {
+            ::close(run->results.fd);
+            ::close(run->file.fd);
+        }
+    });
 }
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const auto run = std::make_unique<dorvek::driver::Run>();
     std::string_view text{reinterpret_cast<const char*>(data), size};
     const std::string_view typed = take_until(text, "%\n");
     files.a = take_until(text, "%\n");
     files.b = text;
 
-    reset(*run, 0.0f);
-    const std::string shown = shown_by(*run, typed);
+    const std::string shown = shown_by_run(typed, 0.0f);
     const std::string results = content_of(files.results);
     compare_reports(shown, results);
-
-    reset(*run, std::numeric_limits<float>::quiet_NaN());
-    claim(shown_by(*run, typed) == shown && content_of(files.results) == results,
+    claim(shown_by_run(typed, std::numeric_limits<float>::quiet_NaN()) == shown &&
+              content_of(files.results) == results,
           "nothing is read that no file has filled");
     return 0;
 }

@@ -10,7 +10,7 @@
 #include <random>
 #include <string>
 
-#include "every_float/checks.hpp"
+#include "support/reals.hpp"
 
 namespace dorvek {
 namespace {
