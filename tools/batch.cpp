@@ -187,8 +187,10 @@ void analyse(const Columns& columns, const Task& task, const std::string& weight
         for (const std::string& said : file.said) {
             outcome.said.push_back(std::string(prefixes[s]) + said);
         }
+    }
+    for (std::size_t s = 0; s < count; ++s) {
         try {
-            fill(sets[s], file, report.ipdf[s], outcome.weight == "r2");
+            fill(sets[s], *task.files[s], report.ipdf[s], outcome.weight == "r2");
         } catch (const Failure& failure) {
             throw Failure(std::string(prefixes[s]) + failure.what());
         }

@@ -33,7 +33,7 @@ void add_doubts(std::span<const input::PdfSet> sets, std::span<const std::int32_
         }
         if (!(analysis.stats[s].var > dorvek::analysis::variance_threshold)) {
             said.push_back(of + std::string(too_narrow) +
-                           ": skew, kurt, pmo3, pmo4 and cum4 are 0; is the unit of r too large?");
+                           ": skew, kurt, pmo3, pmo4 and cum4 are 0 (is the unit of r too large?)");
         }
     }
     if (sets.size() == 2 && analysis.comparison.distribution.doff <= 0.0f) {
