@@ -94,8 +94,8 @@ Layout layout_of(const Call& call, bool running, std::span<const std::string> pa
                      (call.density > 0 ? 1 : 0) + (call.atoms.empty() ? 0 : 1);
     if (ways != 1) {
         throw WrongCall(
-            "the running numbers come from one of --running (they are in the file), --cn, "
-            "--density, and --atoms with --volume and --pairs");
+            "the running numbers come from one of --running, --cn, --density, and --atoms with "
+            "--volume and --pairs");
     }
     if (!call.atoms.empty()) layout.densities = densities_of(call, pairs);
     layout.density = call.density;

@@ -67,8 +67,8 @@ void require_same_grid(std::span<const double> r, const Block& block, const std:
 std::vector<Partial> partials_of(std::span<const Block> sets, std::span<const Block> running,
                                  const Layout& layout, std::span<const double> r) {
     if (!running.empty() && running.size() != sets.size()) {
-        throw Failure("--cn: there are " + std::to_string(running.size()) + " blocks for " +
-                      std::to_string(sets.size()));
+        throw Failure("--cn: that file has " + std::to_string(running.size()) + " of " +
+                      std::to_string(sets.size()) + " blocks");
     }
     std::vector<Partial> partials;
     for (std::size_t set = 0; set < sets.size(); ++set) {
