@@ -226,8 +226,8 @@ void set_names(const Columns& columns, const Row& row, std::string_view id,
 void append_places(Row& row, const input::PdfSet& set, const input::Window& window) {
     const auto r = input::window_of(set.r, window.ilo, window.ihi);
     const auto g = input::window_of(set.g[0], window.ilo, window.ihi);
-    for (const double place : {median_of(r, g, set.r[1] - set.r[0]), top_of(r, g)}) {
-        row.push_back(std::isnan(place) ? "" : text_of(static_cast<float>(place)));
+    for (const float place : {median_of(r, g, set.r[1] - set.r[0]), top_of(r, g)}) {
+        row.push_back(std::isnan(place) ? "" : text_of(place));
     }
 }
 

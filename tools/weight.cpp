@@ -9,7 +9,7 @@
 namespace dorvek::tools {
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
 }  // namespace
 
@@ -21,7 +21,7 @@ void weigh_r2(std::span<const float> r, std::span<float> g) {
     }
 }
 
-double median_of(std::span<const float> r, std::span<const float> w, double step) {
+float median_of(std::span<const float> r, std::span<const float> w, double step) {
     assert(r.size() == w.size());
     double all = 0;
     for (const float weight : w) {
@@ -32,14 +32,14 @@ double median_of(std::span<const float> r, std::span<const float> w, double step
     for (std::size_t i = 0; i < w.size(); ++i) {
         const double weight = w[i];
         if (weight > 0 && below + weight >= all / 2) {
-            return r[i] + step * ((all / 2 - below) / weight - 0.5);
+            return static_cast<float>(r[i] + step * ((all / 2 - below) / weight - 0.5));
         }
         below += weight;
     }
     return nan;
 }
 
-double top_of(std::span<const float> r, std::span<const float> w) {
+float top_of(std::span<const float> r, std::span<const float> w) {
     assert(r.size() == w.size());
     const auto top = static_cast<std::size_t>(std::ranges::max_element(w) - w.begin());
     if (top == 0 || top + 1 >= w.size()) return nan;
@@ -49,8 +49,9 @@ double top_of(std::span<const float> r, std::span<const float> w) {
     const double right = static_cast<double>(r[top + 1]) - r[top];
     const double left_fall = std::log(static_cast<double>(w[top]) / w[top - 1]);
     const double right_fall = std::log(static_cast<double>(w[top]) / w[top + 1]);
-    return r[top] + (left_fall * right * right - right_fall * left * left) /
-                        (2 * (left_fall * right + right_fall * left));
+    const double vertex = (left_fall * right * right - right_fall * left * left) /
+                          (2 * (left_fall * right + right_fall * left));
+    return static_cast<float>(r[top] + vertex);
 }
 
 }  // namespace dorvek::tools
