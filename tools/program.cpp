@@ -285,10 +285,10 @@ void parse(CLI::App& app, int argc, char** argv, const std::string& example) {
     }
 }
 
-void require_input(const CLI::Option* file) {
+void require_input(const CLI::Option* file, const std::string& hint) {
     if (file->count() > 0 || ::isatty(STDIN_FILENO) == 0) return;
-    throw WrongCall("no " + file->get_name() +
-                    " is named, and standard input is a terminal (see --help)");
+    throw WrongCall("no " + file->get_name() + " is named, and standard input is a terminal" +
+                    hint + " (see --help)");
 }
 
 int run(void (*companion)(int argc, char** argv), int argc, char** argv) noexcept {

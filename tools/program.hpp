@@ -60,7 +60,8 @@ CLI::Option* add_range(CLI::App& app, const std::string& name, Range& range,
 void parse(CLI::App& app, int argc, char** argv, const std::string& example);
 
 // Throws WrongCall if this file was not named and standard input is a terminal: nobody is to wait.
-void require_input(const CLI::Option* file);
+// `hint` ends what is said, and begins with a semicolon.
+void require_input(const CLI::Option* file, const std::string& hint = "");
 
 // Runs a companion and returns its exit status, whatever it throws: 2 of a wrong call, or else 1.
 [[nodiscard]] int run(void (*companion)(int argc, char** argv), int argc, char** argv) noexcept;

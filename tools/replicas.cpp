@@ -59,7 +59,7 @@ void program(int argc, char** argv) {
                  "dorvek-replicas");
     Question question;
     std::string table = "-";
-    app.add_option("--by", question.by, "rows equal in this column are replicas\nof one state")
+    app.add_option("--by", question.by, "rows equal in this column are replicas of one state")
         ->type_name("COLUMN")
         ->required();
     add_names(app, "--each", question.each, "once for each combination of these columns")
@@ -74,14 +74,14 @@ void program(int argc, char** argv) {
         ->type_name("COLUMN")
         ->needs(compare);
     add_names(app, "--window", question.window,
-              "what the choice of a window adds, which these\ncolumns of dorvek-peaks --scan shift")
+              "what the choice of a window adds, which these columns of dorvek-peaks --scan shift")
         ->type_name("COLUMN,...");
     const CLI::Option* given =
         app.add_option("TABLE", table,
                        "what dorvek-batch or dorvek-table wrote; standard input if none or - is "
                        "named");
     parse(app, argc, argv, "dorvek-replicas --by T --compare 300 1500 --pair glass peaks.csv");
-    require_input(given);
+    require_input(given, question.compare.empty() ? "" : "; --compare takes two states, A and B");
     TableReader reader(content_of(table), table);
     const Results results{.headings = reader.headings(),
                           .next = [&](Row& row) { return reader.next(row); },
