@@ -4,7 +4,7 @@ include(GNUInstallDirs)
 install(TARGETS dorvek)
 install(FILES doc/dorvek.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md CHANGELOG.md LICENSE CITATION.cff TYPE DOC)
-install(FILES doc/si-o.svg DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc) # the picture in README.md
+install(FILES doc/si-o.svg doc/window.svg DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc) # pictures in README.md
 install(DIRECTORY examples TYPE DOC PATTERN dorvek.res EXCLUDE)
 
 set(CPACK_GENERATOR TGZ DEB)
