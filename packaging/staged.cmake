@@ -5,14 +5,14 @@ set(tree ${CPACK_TEMPORARY_INSTALL_DIRECTORY})
 # What Debian keeps under other names.
 if(CPACK_GENERATOR STREQUAL "DEB")
   set(share ${tree}/usr/share)
-  set(doc ${share}/doc/dorvek)
+  set(doc ${share}/doc/${CPACK_PACKAGE_NAME})
   file(READ ${doc}/LICENSE license)
   file(REMOVE ${doc}/LICENSE)
   file(WRITE ${doc}/copyright
     "dorvek, statistics of peaks in pair distribution functions.\n\n${license}")
   string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
   file(WRITE ${doc}/changelog
-    "dorvek (${CPACK_PACKAGE_VERSION}) unstable; urgency=medium\n\n"
+    "${CPACK_PACKAGE_NAME} (${CPACK_PACKAGE_VERSION}) unstable; urgency=medium\n\n"
     "  * What is new for users stands in CHANGELOG.md.\n\n"
     " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
   if(NOT CPACK_DEBIAN_PACKAGE_SHLIBDEPS)

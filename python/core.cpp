@@ -156,12 +156,12 @@ py::list values_of(std::span<const driver::Line> lines, const driver::Report& re
 }
 
 // Median and top of the window of each sample.
-using Places = std::array<std::array<double, 2>, input::maxsamp>;
+using Places = std::array<std::array<float, 2>, input::maxsamp>;
 
 // The fields of a Peak: sample `s`, counted from 0, of the report.
 py::list peak_of(const driver::Report& report, const Places& places, std::size_t s) {
     py::list values = values_of(driver::sample_lines(), report, s);
-    for (const double place : places[s]) values.append(place);
+    for (const float place : places[s]) values.append(place);
     return values;
 }
 
@@ -197,7 +197,7 @@ driver::Report report_of(std::int32_t nsamp, py::handle rmin, py::handle rmax) {
 py::tuple peak(py::handle r, py::handle g, py::handle n, py::handle rmin, py::handle rmax,
                const std::string& weight) {
     const bool is_r2 = weight == "r2";
-    if (!is_r2 && weight != "g") throw py::value_error("weight: neither g nor r2: " + weight);
+    if (!is_r2 && weight != "g") throw py::value_error("weight is neither g nor r2: " + weight);
     const Sample sample = sample_of(r, g, n);
     driver::Report report = report_of(1, rmin, rmax);
     Places places{};

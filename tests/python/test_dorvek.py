@@ -125,7 +125,7 @@ def test_2000_windows():
         with ThreadPoolExecutor(8) as pool:
             in_threads = list(pool.map(one, results.index))
     assert numpy.array_equal(in_threads, peaks, equal_nan=True)
-    for name in set(dorvek.Peak._fields).intersection(results):
+    for name in dorvek.Peak._fields:
         column = [getattr(peak, name) for peak in peaks]
         assert all(map(shown, results[name], column)), name
 
@@ -255,7 +255,7 @@ GOOD = {"r": R, "g": G, "n": G, "rmin": 0.5, "rmax": 1.5}
     (TypeError, "n: an array of real numbers", {"n": G + 0j}),
     (TypeError, "must be real number", {"rmax": "1.5"}),
     (TypeError, "must be real number", {"rmax": None}),
-    (ValueError, "weight: neither g nor r2: r", {"weight": "r"}),
+    (ValueError, "weight is neither g nor r2: r", {"weight": "r"}),
 ])
 def test_bad_samples(error, words, changed):
     with pytest.raises(error, match=words):
@@ -295,6 +295,8 @@ def test_bad_calls(error, words, call):
     ("second: r is not evenly", lambda: dorvek.compare((R, G), (R**2, G), rmin=0.5, rmax=1.5)),
     ("no degrees of freedom", lambda: dorvek.compare((R, G), (R, G), rmin=0.5, rmax=1.5,
                                                      constraints=99)),
+    ("g below zero in 1 bins", lambda: dorvek.peak(R, G - 0.2 * (R == 1.2), rmin=0.5, rmax=1.5)),
+    ("variance not above 1E-6", lambda: dorvek.peak(R / 1000, G, rmin=0, rmax=0.0015)),
     ("only the first 10 pdfs", lambda: dorvek.read(COLD, 11)),
     ("a bin took more than one line", lambda: dorvek.read(COLD, 4)),
 ])
