@@ -166,9 +166,9 @@ Key key_of(const CurvePicture& picture, const View& view, Kind kind) {
         const std::string name = printable(alike ? sample.file.string() : sample.name);
         entries.push_back({Mark::line, style, name, ", " + named(sample), true});
         if (!is_marked(sample)) continue;
-        const std::string mean = in_four_digits(sample.Rmea);
-        const std::string sd = in_four_digits(std::sqrt(sample.var));
-        entries.push_back({Mark::mean, style, "", "mean " + mean + ", sd " + sd, true});
+        const std::string mean = "mean " + in_four_digits(sample.Rmea);
+        const std::string sd = ", sd " + in_four_digits(std::sqrt(sample.var));
+        entries.push_back({Mark::mean, style, "", mean + sd, true});
         entries.push_back({Mark::mode, style, "", "mode " + in_four_digits(sample.Rmod)});
     }
     bool is_first = true;

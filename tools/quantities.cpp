@@ -326,15 +326,19 @@ double step_of(const Span& span) {
     return 10 * power;
 }
 
-// The texts across, shortened to what there is room for; on panels that others stand below, none.
+// The texts across, shortened to what there is room for; if that is nothing, not each of them. Only
+// the lowest panel has them.
 void write_tics(std::ostream& script, const Graph& graph, Kind kind, bool is_last) {
     script << "set format x " << (is_last ? "\"%h\"\n" : "\"\"\n");
     if (graph.texts.empty()) return;
+    constexpr std::size_t least = 6;  // columns for a text and the blank behind it
     const std::size_t columns = kind == Kind::text ? 64 : 38;
-    const std::size_t room = std::max<std::size_t>(columns / graph.texts.size(), 5) - 1;
+    const std::size_t every = (graph.texts.size() * least + columns - 1) / columns;
+    const std::size_t room = columns * every / graph.texts.size() - 1;
     const char* before = "set xtics (";
     for (std::size_t t = 0; t < graph.texts.size(); ++t) {
-        const std::string text = is_last ? shortened(printable(graph.texts[t]), room) : "";
+        const bool has_text = is_last && t % every == 0;
+        const std::string text = has_text ? shortened(printable(graph.texts[t]), room) : "";
         script << std::exchange(before, ", ") << gnuplot_string(text) << ' ' << t;
     }
     script << ")\n";

@@ -76,13 +76,15 @@ std::string shortened(const std::string& valid_text, std::size_t width) {
     const std::vector<std::string_view> characters = characters_of(valid_text);
     std::size_t from = characters.size() / 2;
     std::size_t to = from;
-    while (taken + gap.size() > width) {
-        taken -= width_of(characters[--from]) + width_of(characters[to++]);
+    while (taken + gap.size() > width) {  // characters are wide or not, of an odd or even number
+        if (from > 0) taken -= width_of(characters[--from]);
+        if (to < characters.size()) taken -= width_of(characters[to++]);
     }
-    const auto place = [&](std::size_t c) {
-        return static_cast<std::size_t>(characters[c].data() - valid_text.data());
-    };
-    return valid_text.substr(0, place(from)).append(gap) + valid_text.substr(place(to));
+    std::string text;
+    for (std::size_t c = 0; c < from; ++c) text += characters[c];
+    text += gap;
+    for (std::size_t c = to; c < characters.size(); ++c) text += characters[c];
+    return text;
 }
 
 }  // namespace dorvek::tools
