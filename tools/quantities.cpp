@@ -331,7 +331,7 @@ double step_of(const Span& span) {
 void write_tics(std::ostream& script, const Graph& graph, Kind kind, bool is_last) {
     script << "set format x " << (is_last ? "\"%h\"\n" : "\"\"\n");
     if (graph.texts.empty()) return;
-    constexpr std::size_t least = 6;  // columns for a text and the blank behind it
+    constexpr std::size_t least = 9;  // columns for a text and the blank behind it
     const std::size_t columns = kind == Kind::text ? 64 : 38;
     const std::size_t every = (graph.texts.size() * least + columns - 1) / columns;
     const std::size_t room = columns * every / graph.texts.size() - 1;
