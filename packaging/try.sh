@@ -23,3 +23,9 @@ cd examples/silica
 dorvek-peaks --partial 2 --common --first --name '{glass}_{T}K.dat' ./*.dat | dorvek-batch |
     dorvek-replicas --by T --pair glass --compare 300 1500 |
     grep '^Rmea,.*,0\.00722' || fail 'the mean does not move by 0.00722'
+# The module, if it is there.
+modules=$1/lib/python3/dist-packages
+[ -d "$modules/dorvek" ] || exit 0
+export PYTHONPATH="$modules" PYTHONDONTWRITEBYTECODE=1 MPLCONFIGDIR=.
+/usr/bin/python3 shift.py | grep '^ *Rmea 1\.6162.* 0\.01198' || fail 'the bonds do not grow by 0.01198'
+[ -s shift.png ] || fail 'no picture of the bonds'
