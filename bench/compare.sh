@@ -15,10 +15,12 @@ trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"
 dorvek=$root/build/release/dorvek
 batch=$root/build/companions/dorvek-batch
+convert=$root/build/companions/dorvek-convert
 loop=$scratch/loop
 for program in loop side_by_side; do # as the release is built
     g++ -std=c++20 -O3 -DNDEBUG -static -o "$program" "$root/bench/$program.cpp"
 done
+g++ -std=c++20 -O3 -DNDEBUG -static -DREAL=double -o double "$root/bench/loop.cpp"
 
 # data BINS PARTIALS STEP FORMAT SHIFT: a file of peaks that move with the partial.
 data() {
@@ -70,6 +72,11 @@ for rows in 1000 2000 10000 100000; do
         for (i = 0; i < rows; i++) print "small" i % 2000 + 1 ",1,3,1.4,2.1"
     }' >$rows.csv
 done
+# 51 MB as LAMMPS writes them, and the same as columns.
+data 500 3 0.02 ' %g' 0.01 | awk '{ row[NR] = NR $0; rows[NR] = $0 }
+    END { for (step = 1; step <= 2000; step++) {
+        print step * 1000, 500 >"lammps"
+        for (i = 1; i <= 500; i++) { print row[i] >"lammps"; print rows[i] >"columns" } } }'
 small="$(seq -f small%g -s ' ' 2000)"
 
 echo "$(date +%F):$(sed -n 's/^model name.*://p;T;q' /proc/cpuinfo), $(nproc) cores," \
@@ -87,6 +94,12 @@ timed "2000 such files, one dorvek each" 3 "one_by_one /bin/sh" "/dev/null $loop
 timed "1000 such files, all cores" 9 "/dev/null $batch 1000.csv" "/dev/null $loop 1 ${small% small1001 *}"
 timed "10000 such files, all cores" 5 "/dev/null $batch 10000.csv" "/dev/null $loop 5 $small"
 timed "100000 such files, all cores" 3 "/dev/null $batch 100000.csv" "/dev/null $loop 50 $small"
+for step in last mean 'all -o step'; do
+    timed "2000 steps of LAMMPS, --step ${step% -o*}" 9 \
+        "/dev/null $convert lammps --step $step lammps" "/dev/null ./double 1 lammps"
+    timed "the same as columns, --step ${step% -o*}" 9 \
+        "/dev/null $convert columns --running --step $step columns" "/dev/null ./double 1 columns"
+done
 # Reading alone, not the start of the interpreter.
 /usr/bin/python3 - <<'END'
 import time, numpy, pandas

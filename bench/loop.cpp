@@ -1,5 +1,6 @@
 // loop TIMES FILE...: reads the numbers of each file so many times into fixed storage by a bare
-// loop of std::from_chars and does nothing else: no lines, no checks, no null values.
+// loop of std::from_chars and does nothing else: no lines, no checks, no null values. They are
+// floats or, with -DREAL=double, doubles.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,13 +11,17 @@
 #include <cstddef>
 #include <cstdlib>
 
+#ifndef REAL
+#define REAL float
+#endif
+
 namespace {
 
 std::array<char, 16384> text;
-std::array<float, 2 * 210000> values;  // of two files: 10000 bins, 1 + 2 * 10 numbers each
+std::array<REAL, 2 * 210000> values;  // of two files: 10000 bins, 1 + 2 * 10 numbers each
 
 // Puts the numbers of a text into `next`. Returns behind the last one.
-float* take_numbers(const char* at, const char* end, float* next) {
+REAL* take_numbers(const char* at, const char* end, REAL* next) {
     for (;;) {
         while (at != end && (*at == ' ' || *at == '\n')) ++at;
         if (at == end) return next;
@@ -27,10 +32,9 @@ float* take_numbers(const char* at, const char* end, float* next) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    float* next = values.data();
+    REAL* next = values.data();
     const int files = argc - 2;
     for (int i = 0; i < files * std::atoi(argv[1]); ++i) {
-        if (values.end() - next < 210000) next = values.data();
         const int fd = ::open(argv[2 + i % files], O_RDONLY);
         char* end = text.data();
         for (;;) {
@@ -40,6 +44,7 @@ int main(int argc, char** argv) {
             end += count;
             char* stop = end;  // behind the last whole line
             while (stop != text.data() && stop[-1] != '\n') --stop;
+            if (values.end() - next < 8192) next = values.data();
             next = take_numbers(text.data(), stop, next);
             end = std::copy(stop, end, text.data());
         }

@@ -15,13 +15,15 @@
 namespace dorvek::tools {
 namespace {
 
-// A partial: columns of blocks, or computed running numbers.
-struct Partial {
+// A column of the file to be written: one of a block, or numbers that have been computed.
+struct Column {
     const Block* block = nullptr;
-    std::size_t column = 0;          // of g, r being 0
-    const Block* running = nullptr;  // where n is read from, if it is,
-    std::size_t running_column = 0;
-    std::vector<double> n;  // or n itself
+    std::size_t number = 0;  // in the block, r being 0
+    std::vector<double> computed;
+};
+
+struct Partial {
+    Column g, n;
 };
 
 std::vector<double> column_of(const Block& block, std::size_t column) {
@@ -30,12 +32,27 @@ std::vector<double> column_of(const Block& block, std::size_t column) {
     return values;
 }
 
-void append_number(std::string& text, const Block& block, std::size_t row, std::size_t column) {
-    const Number& number = at(block, row, column);
-    if (number.length > 0) {
-        text += text_at(block, row, column);
-    } else {
-        text += written(number.value);
+// Appends a row of these columns, one blank apart; at once what stands so in a block.
+void append_row(std::string& text, std::span<const Column* const> columns, std::size_t row) {
+    for (std::size_t i = 0; i < columns.size();) {
+        const Column& column = *columns[i++];
+        if (column.block == nullptr || at(*column.block, row, column.number).length == 0) {
+            text += written(column.block == nullptr ? column.computed[row]
+                                                    : at(*column.block, row, column.number).value);
+        } else {
+            const char* const begin = text_at(*column.block, row, column.number).data();
+            const char* end = begin + at(*column.block, row, column.number).length;
+            for (std::size_t next = column.number + 1;
+                 i < columns.size() && columns[i]->block == column.block &&
+                 columns[i]->number == next && *end == ' ';
+                 ++i, ++next) {
+                const std::string_view number = text_at(*column.block, row, next);
+                if (number.data() != end + 1) break;
+                end = number.data() + number.size();
+            }
+            text.append(begin, end);
+        }
+        text += i < columns.size() ? ' ' : '\n';
     }
 }
 
@@ -75,20 +92,15 @@ std::vector<Partial> partials_of(std::span<const Block> sets, std::span<const Bl
         require_same_grid(r, sets[set], "set " + std::to_string(set + 1));
         for (const std::size_t column : columns_of_g(layout, sets[set].width)) {
             Partial partial;
-            partial.block = &sets[set];
-            partial.column = column;
-            if (layout.running) {
-                partial.running = partial.block;
-                partial.running_column = column + 1;
-            }
+            partial.g = {&sets[set], column, {}};
+            if (layout.running) partial.n = {&sets[set], column + 1, {}};
             if (!running.empty()) {
-                partial.running = &running[set];
-                partial.running_column = column;
                 if (column >= running[set].width) {
                     throw Failure("--cn: there are " + std::to_string(running[set].width) +
                                   " columns");
                 }
                 require_same_grid(r, running[set], "--cn: the file");
+                partial.n = {&running[set], column, {}};
             }
             partials.push_back(partial);
         }
@@ -106,13 +118,14 @@ double density_of(const Layout& layout, std::size_t partial, std::size_t partial
 
 // n that has been read and falls is another function, or that of another partial.
 void require_running(const Partial& partial, std::size_t number) {
-    for (std::size_t i = 1; i < rows_of(*partial.block); ++i) {
-        const auto n = [&](std::size_t row) {
-            return at(*partial.running, row, partial.running_column).value;
-        };
-        if (n(i) >= n(i - 1) || at(*partial.block, i, partial.column).value < 0) continue;
+    const Block& block = *partial.g.block;
+    const auto n = [&](std::size_t row) {
+        return at(*partial.n.block, row, partial.n.number).value;
+    };
+    for (std::size_t i = 1; i < rows_of(block); ++i) {
+        if (n(i) >= n(i - 1) || at(block, i, partial.g.number).value < 0) continue;
         throw Failure("n of partial " + std::to_string(number) + " falls at r = " +
-                      std::string(text_at(*partial.block, i, 0)) + ": that is no running number");
+                      std::string(text_at(block, i, 0)) + ": that is no running number");
     }
 }
 
@@ -197,40 +210,29 @@ std::string pdf_text(std::span<const Block> sets, std::span<const Block> running
 
     // Of the whole file if that is even, so that a range changes no digit.
     const bool all_even = out_of_step(r.size(), [&](std::size_t i) { return r[i]; }) == r.size();
+    const Column r_column{&first, 0, {}};
+    std::vector<const Column*> columns{&r_column};
+    std::vector<bool> below_zero(r.size());
     for (std::size_t p = 0; p < partials.size(); ++p) {
         Partial& partial = partials[p];
-        if (partial.running != nullptr) {
+        const std::vector<double> g = column_of(*partial.g.block, partial.g.number);
+        for (std::size_t i = from; i < end; ++i) below_zero[i] = below_zero[i] || g[i] < 0;
+        if (partial.n.block != nullptr) {
             require_running(partial, p + 1);
         } else {
-            partial.n = running_numbers(r, column_of(*partial.block, partial.column),
-                                        density_of(layout, p, partials.size()),
-                                        all_even ? std::span(r) : grid);
+            partial.n.computed = running_numbers(r, g, density_of(layout, p, partials.size()),
+                                                 all_even ? std::span(r) : grid);
         }
+        columns.insert(columns.end(), {&partial.g, &partial.n});
     }
     remarks.bins = std::max(remarks.bins, grid.size());
     remarks.partials = std::max(remarks.partials, partials.size());
-    remarks.all_count_all =
-        partials.size() > 1 && layout.densities.empty() && !layout.running && running.empty();
+    remarks.below_zero += static_cast<std::size_t>(std::ranges::count(below_zero, true));
+    remarks.all_count_all = partials.size() > 1 && layout.densities.empty() && layout.density > 0;
 
     std::string text;
     text.reserve(sets.size() * first.text.size() + 16 * r.size());
-    for (std::size_t i = from; i < end; ++i) {
-        bool below_zero = false;
-        text += text_at(first, i, 0);
-        for (const Partial& partial : partials) {
-            text += ' ';
-            append_number(text, *partial.block, i, partial.column);
-            text += ' ';
-            if (partial.running == nullptr) {
-                text += written(partial.n[i]);
-            } else {
-                append_number(text, *partial.running, i, partial.running_column);
-            }
-            below_zero = below_zero || at(*partial.block, i, partial.column).value < 0;
-        }
-        text += '\n';
-        remarks.below_zero += below_zero ? 1 : 0;
-    }
+    for (std::size_t i = from; i < end; ++i) append_row(text, columns, i);
     return text;
 }
 
