@@ -310,6 +310,11 @@ def test_examples_of_the_docstrings():
     assert doctest.testmod(dorvek) == (0, 23)
 
 
+def test_example_is_that_of_the_documents():
+    block = (ROOT / "README.md").read_text().split("```python\n")[1].split("```")[0]
+    assert (SILICA / "shift.py").read_text().split("\n", 1)[1] == block
+
+
 def test_stub_has_the_fields():
     stub = Path(dorvek.__file__).with_suffix(".pyi").read_text()
     for kind in (dorvek.Peak, dorvek.Comparison, dorvek.Window):
