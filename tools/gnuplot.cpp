@@ -1,8 +1,8 @@
 #include "gnuplot.hpp"
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,7 +10,10 @@
 #include <cctype>
 #include <cerrno>
 #include <cmath>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <sstream>
 #include <vector>
 
@@ -118,8 +121,12 @@ std::string left_in(const MemoryFile& file) {
     return content;
 }
 
-// Starts gnuplot with these standard streams, without the user's settings. Returns its number. In a
-// process group of its own, for gnuplot may hang at a Ctrl-C; it ends with its input.
+constexpr int not_found = 127;  // as a shell has it
+constexpr int not_started = 126;
+
+// Starts gnuplot with these standard streams, without the user's settings. Returns its number; it
+// ends with `not_found`, or with `not_started` and a reason among `errors`, if it cannot start. In
+// a process group of its own, for it may hang at a Ctrl-C; instead, it does not outlive us.
 pid_t start_gnuplot(const MemoryFile& input, const MemoryFile& output, const MemoryFile& errors) {
     std::vector<std::string> words{"gnuplot", "-d", "LC_ALL=C.UTF-8"};
     for (const std::string name : {"PATH", "LD_LIBRARY_PATH"}) {
@@ -128,23 +135,18 @@ pid_t start_gnuplot(const MemoryFile& input, const MemoryFile& output, const Mem
     }
     std::vector<char*> pointers(words.size() + 2, nullptr);  // two words, null, the others, null
     for (std::size_t i = 0; i < words.size(); ++i) pointers[i < 2 ? i : i + 1] = words[i].data();
-    posix_spawn_file_actions_t streams{};
-    ::posix_spawn_file_actions_init(&streams);
-    ::posix_spawn_file_actions_adddup2(&streams, input.fd, STDIN_FILENO);
-    ::posix_spawn_file_actions_adddup2(&streams, output.fd, STDOUT_FILENO);
-    ::posix_spawn_file_actions_adddup2(&streams, errors.fd, STDERR_FILENO);
-    posix_spawnattr_t attributes{};
-    ::posix_spawnattr_init(&attributes);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    pid_t pid = 0;
-    errno = ::posix_spawnp(&pid, "gnuplot", &streams, &attributes, pointers.data(), &pointers[3]);
-    ::posix_spawnattr_destroy(&attributes);
-    ::posix_spawn_file_actions_destroy(&streams);
-    if (errno == ENOENT) {
-        throw Failure("gnuplot is missing (Debian: apt-get install gnuplot-nox)");
+    const pid_t parent = ::getpid();
+    const pid_t pid = ::fork();
+    if (pid < 0) throw Failure("cannot start gnuplot" + system_reason());
+    if (pid > 0) return pid;
+    if (::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && ::getppid() == parent && ::setpgid(0, 0) == 0 &&
+        ::dup2(input.fd, STDIN_FILENO) >= 0 && ::dup2(output.fd, STDOUT_FILENO) >= 0 &&
+        ::dup2(errors.fd, STDERR_FILENO) >= 0) {
+        ::execvpe("gnuplot", pointers.data(), &pointers[3]);
     }
-    if (errno != 0) throw Failure("cannot start gnuplot" + system_reason());
-    return pid;
+    const int error = errno;
+    ::dprintf(errors.fd, "%s", std::strerror(error));
+    ::_exit(error == ENOENT ? not_found : not_started);
 }
 
 // What gnuplot writes at these commands.
@@ -161,8 +163,12 @@ std::string output_of(std::string_view commands) {
     }
     std::string picture = left_in(output);
     if (status == 0 && !picture.empty()) return picture;
+    const int ended = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
+    if (ended == not_found) {
+        throw Failure("gnuplot is missing (Debian: apt-get install gnuplot-nox)");
+    }
     std::istringstream words(left_in(errors));
-    std::string what = "gnuplot failed";
+    std::string what = ended == not_started ? "cannot start gnuplot" : "gnuplot failed";
     const char* before = ": ";
     for (std::string word; words >> word; before = " ") what += before + word;
     throw Failure(what);
