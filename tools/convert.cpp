@@ -306,7 +306,7 @@ void program(int argc, char** argv) {
     parse(app, argc, argv, "dorvek-convert columns --density 33.4 rdf.xvg > water.dat");
     require_input(file);
 
-    const auto form = std::ranges::find(forms, call.form, &Form::name);
+    const auto* const form = std::ranges::find(forms, call.form, &Form::name);
     if (form == forms.end()) throw WrongCall("there is no form " + call.form);
     require_options_of(*form, app);
     if (form->read == read_columns && !call.atoms.empty() && call.pairs.empty()) {

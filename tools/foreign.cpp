@@ -1,278 +1,16 @@
-// Nearly every line is numbers that std::from_chars reads where they stand: taken at once, without
-// a copy of any. What it does not read is split into fields first, and looked at with care.
-
 #include "foreign.hpp"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <map>
 #include <span>
-#include <system_error>
 
 #include "csv.hpp"
-#include "failure.hpp"
 #include "grid.hpp"
-#include "text.hpp"
 
 namespace dorvek::tools {
-
-using textio::Status;
-
 namespace {
-
-bool is_blank(char c) {
-    return c == ' ' || c == '\t';
-}
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-// Takes a decimal of at most 15 digits and no exponent: these and the power of ten are exact as
-// doubles, so the quotient is the nearest one. Returns its end, or nullptr if it is no such.
-const char* take_decimal(const char* at, const char* end, double& value) {
-    static constexpr std::array<double, 16> power{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    const bool negative = at != end && *at == '-';
-    if (negative) ++at;
-    std::uint64_t digits = 0;
-    const auto take_digits = [&] {
-        const char* const first = at;
-        for (; at != end && is_digit(*at); ++at) {
-            digits = 10 * digits + static_cast<std::uint64_t>(*at - '0');
-        }
-        return static_cast<std::size_t>(at - first);
-    };
-    std::size_t count = take_digits();
-    std::size_t decimals = 0;
-    if (at != end && *at == '.') {
-        ++at;
-        decimals = take_digits();
-        count += decimals;
-    }
-    if (count < 1 || count > 15 || (at != end && !is_blank(*at) && *at != ',')) return nullptr;
-    value = static_cast<double>(digits) / power[decimals];
-    if (negative) value = -value;
-    return at;
-}
-
-// Takes a number as nearly all are spelled, in the range of a float. Returns its end, or nullptr if
-// none begins here.
-const char* take_number(const char* at, const char* end, double& value) {
-    if (const char* const stop = take_decimal(at, end, value); stop != nullptr) return stop;
-    const auto [stop, error] = std::from_chars(at, end, value);
-    const bool fits_float = std::abs(value) <= std::numeric_limits<float>::max();
-    return error == std::errc{} && fits_float ? stop : nullptr;
-}
-
-}  // namespace
-
-std::optional<double> number_of(std::string_view text) {
-    double value = 0;
-    if (take_number(text.data(), text.data() + text.size(), value) == text.data() + text.size()) {
-        return value;
-    }
-    const std::optional<float> rounded = real_of(text);
-    if (!rounded || !std::isfinite(*rounded)) return {};
-    std::string respelled(text);  // for std::from_chars: no plus sign, the exponent behind an e
-    const auto other_letter = [](char c) { return (c | 0x20) == 'd' || (c | 0x20) == 'q'; };
-    std::ranges::replace_if(respelled, other_letter, 'e');
-    const std::size_t sign = respelled.find_last_of("+-");
-    if (sign != std::string::npos && sign > 0 && (respelled[sign - 1] | 0x20) != 'e') {
-        respelled.insert(sign, 1, 'e');
-    }
-    value = 0;  // and stays where it is too small for a double
-    std::from_chars(respelled.data() + (respelled[0] == '+' ? 1 : 0),
-                    respelled.data() + respelled.size(), value);
-    return value;
-}
-
-namespace {
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
-// A line as fields, which have values where they are known to be numbers.
-struct Fields {
-    std::string_view text;        // the line, or
-    std::string respelled;        // the line with points for decimal commas
-    std::vector<Number> numbers;  // the fields
-    char separator = ' ';         // semicolon, or comma if there is any, or blank
-    bool are_numbers = false;     // as std::from_chars reads them: all have values
-    bool decimal_commas = false;  // or so it seems: blanks separate as well
-};
-
-std::string_view field_at(const Fields& row, std::size_t i) {
-    return row.text.substr(row.numbers[i].begin, row.numbers[i].length);
-}
-
-bool contains(std::string_view text, char c) {
-    return text.find(c) != std::string_view::npos;
-}
-
-Failure bad_line(const ForeignFile& file, std::int64_t line, const std::string& what) {
-    return Failure{file.name + ", line " + std::to_string(line) + ": " + what};
-}
-
-// Something that cannot be read on the line taken last.
-Failure bad_line(const ForeignFile& file, const std::string& what) {
-    return bad_line(file, file.input.line_number, what);
-}
-
-std::string shown(std::int64_t number, std::string_view line) {
-    return "line " + std::to_string(number) + ": " + shortened(printable(line.substr(0, 200)), 60);
-}
-
-void require_text(const ForeignFile& file, std::string_view line) {
-    const bool marked = file.input.line_number == 1 &&
-                        (line.starts_with("\xFF\xFE") || line.starts_with("\xFE\xFF"));
-    if (marked || contains(line, '\0'))
-        throw bad_line(file, "UTF-16, or no text; dorvek-convert reads UTF-8");
-}
-
-bool take_line(ForeignFile& file, std::string_view& line) {
-    textio::Input& input = file.input;
-    Status status = textio::take_line(input, line);
-    const bool is_last = status == Status::end_of_input;
-    if (is_last) status = take_last_line(input, line);
-    if (status == Status::end_of_input) return false;
-    if (status != Status::ok) {
-        const std::string reason =
-            input.error == 0 ? "" : std::string(": ") + std::strerror(input.error);
-        throw Failure(file.name + ": " + std::string(message_of(status)) + reason);
-    }
-    file.unterminated = is_last;
-    if (!is_last) line.remove_suffix(line.ends_with("\r\n") ? 2 : 1);
-    if (input.line_number == 1) {
-        require_text(file, line.substr(0, 2));
-        if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
-    }
-    return true;
-}
-
-// Takes a line of numbers as nearly all are. False if it is another, or not certainly one.
-bool take_plain(std::string_view line, Fields& row) {
-    const char* const begin = line.data();
-    const char* const end = begin + line.size();
-    const char* at = begin;
-    const auto skip_blanks = [&] {
-        while (at != end && is_blank(*at)) ++at;
-    };
-    bool blanks_separate = false;
-    bool comma_between_digits = false;
-    row.text = line;
-    row.numbers.clear();
-    row.separator = ' ';
-    row.decimal_commas = false;
-    for (skip_blanks(); at != end;) {
-        double value = 0;
-        const char* const stop = take_number(at, end, value);
-        if (stop == nullptr) return false;
-        row.numbers.push_back({.value = value,
-                               .begin = static_cast<std::uint32_t>(at - begin),
-                               .length = static_cast<std::uint32_t>(stop - at)});
-        at = stop;
-        skip_blanks();
-        if (at == end) break;
-        if (*at == ',') {
-            comma_between_digits =
-                comma_between_digits || (at == stop && at + 1 != end && is_digit(at[1]));
-            row.separator = ',';
-            ++at;
-            skip_blanks();
-        } else if (at == stop) {
-            return false;
-        } else {
-            blanks_separate = true;
-        }
-    }
-    return !row.numbers.empty() && !(comma_between_digits && blanks_separate);
-}
-
-// Takes any line as fields that are not yet known to be numbers. A quoted field is one if nothing
-// but a separator follows.
-void split(std::string_view line, Fields& row) {
-    constexpr std::string_view blanks = " \t";
-    const bool semicolons = contains(line, ';');
-    const char separator = semicolons ? ';' : ',';
-    row.respelled = line;
-    std::string& text = row.respelled;
-    const auto behind_blanks = [&](std::size_t from) {
-        return std::min(text.find_first_not_of(blanks, from), text.size());
-    };
-    const auto ends_field = [&](std::size_t i) {
-        return i >= text.size() || text[i] == separator || is_blank(text[i]);
-    };
-    bool blanks_separate = false;
-    bool comma_between_digits = false;
-    row.separator = semicolons ? ';' : ' ';
-    row.numbers.clear();
-    for (std::size_t at = behind_blanks(0); at < text.size();) {
-        std::size_t begin = at;
-        std::size_t end = std::min(text.find_first_of(semicolons ? ";" : " \t,", at), text.size());
-        std::size_t next = end;
-        const std::size_t quote = text[at] == '"' ? text.find('"', at + 1) : std::string::npos;
-        const bool quoted = quote != std::string::npos && ends_field(quote + 1);
-        if (quoted) {
-            begin = at + 1;
-            end = quote;
-            next = quote + 1;
-        }
-        while (end > begin && is_blank(text[end - 1])) --end;
-        const auto field = std::span(text).subspan(begin, end - begin);
-        if (quoted || semicolons) std::ranges::replace(field, ',', '.');
-        row.numbers.push_back({.begin = static_cast<std::uint32_t>(begin),
-                               .length = static_cast<std::uint32_t>(field.size())});
-        at = behind_blanks(next);
-        if (at == text.size()) break;
-        blanks_separate = blanks_separate || text[at] != separator;
-        if (text[at] != separator) continue;
-        comma_between_digits =
-            comma_between_digits || (at == end && !field.empty() && is_digit(field.back()) &&
-                                     at + 1 < text.size() && is_digit(text[at + 1]));
-        row.separator = separator;
-        at = behind_blanks(at + 1);
-    }
-    while (!row.numbers.empty() && row.numbers.back().length == 0) row.numbers.pop_back();
-    row.text = text;
-    row.decimal_commas = comma_between_digits && blanks_separate && !semicolons;
-}
-
-void take_fields(std::string_view line, Fields& row) {
-    row.are_numbers = take_plain(line, row);
-    if (!row.are_numbers) split(line, row);
-}
-
-// The first field that is no number, from this one on; as many as there are if all are numbers,
-// whose values are then known.
-std::size_t first_bad(Fields& row, std::size_t from = 0) {
-    for (std::size_t i = from; !row.are_numbers && i < row.numbers.size(); ++i) {
-        const std::optional<double> value = number_of(field_at(row, i));
-        if (!value) return i;
-        row.numbers[i].value = *value;
-    }
-    return row.numbers.size();
-}
-
-void require_numbers(const ForeignFile& file, Fields& row) {
-    if (row.decimal_commas) {
-        throw bad_line(file,
-                       "decimal commas? A comma stands between digits, and blanks separate as "
-                       "well; make them points, or let semicolons separate");
-    }
-    const std::size_t bad = first_bad(row);
-    if (bad == row.numbers.size()) return;
-    require_text(file, row.text);
-    throw bad_line(file, "column " + std::to_string(bad + 1) + " is no number");
-}
-
-void require_width(const ForeignFile& file, const Fields& row, std::size_t width) {
-    if (row.numbers.size() == width) return;
-    throw bad_line(file, "the number of columns is " + std::to_string(row.numbers.size()) +
-                             ", not " + std::to_string(width));
-}
 
 // Takes the next line of an announced row. False at the end of the file, or if that cuts the line.
 bool take_row(ForeignFile& file, Fields& row) {
@@ -412,8 +150,8 @@ bool begins_numbers(std::string_view field) {
     if (field.empty()) return false;
     std::string word(field);
     for (char& c : word) c = static_cast<char>(c | 0x20);  // in lower case
-    return field[0] == '.' || is_digit(field[0]) || word == "nan" || word == "inf" ||
-           word == "infinity";
+    return field[0] == '.' || (field[0] >= '0' && field[0] <= '9') || word == "nan" ||
+           word == "inf" || word == "infinity";
 }
 
 // Are the fields from this one on 0, 1, 2, ..., as pandas heads columns that have no names?
@@ -437,10 +175,8 @@ bool begins_counted(const Block& block) {
            (block.width > 2 || std::abs(next - step) > step / 4);
 }
 
-Failure counted_heading(const ForeignFile& file, std::int64_t line) {
-    return bad_line(
-        file, line,
-        "a heading of numbers 0, 1, 2, ...; take it out (sed " + std::to_string(line) + "d)");
+std::string counted_heading(std::int64_t line) {
+    return "a heading of numbers 0, 1, 2, ...; take it out (sed " + std::to_string(line) + "d)";
 }
 
 // Do the rows only have their numbers where r should be? The second column then ascends in even
@@ -483,18 +219,19 @@ void take_words(const ForeignFile& file, Columns& columns, std::string_view line
         row.text[row.numbers[0].begin] == '#' || row.text[row.numbers[0].begin] == '@';
     const std::size_t fields = row.numbers.size();
     if (comment || fields < 2 || first_bad(row, 1) < fields) return;
-    const Failure failure = row.numbers[0].length == 0 && are_counted(row, 1)
-                                ? counted_heading(file, file.input.line_number)
-                                : bad_line(file,
-                                           "column 1 is no number, but all others are; if this is "
-                                           "a heading, let it begin with #");
-    if (fields == columns.width) throw failure;
-    columns.almost_rows.try_emplace(fields, failure.what());
+    const std::string what = row.numbers[0].length == 0 && are_counted(row, 1)
+                                 ? counted_heading(file.input.line_number)
+                                 : "column 1 is no number, but all others are; if this is a "
+                                   "heading, let it begin with #";
+    if (fields == columns.width) throw bad_line(file, what);
+    columns.almost_rows.try_emplace(fields, bad_line(file, what).what());
 }
 
 void require_r(const ForeignFile& file, const Columns& columns, const Block& block) {
     const char separator = columns.separator;
-    if (file.blocks == 1 && begins_counted(block)) throw counted_heading(file, columns.first_line);
+    if (file.blocks == 1 && begins_counted(block)) {
+        throw bad_line(file, columns.first_line, counted_heading(columns.first_line));
+    }
     if (!counts_rows(block)) return;
     throw Failure(file.name + ": the first column only counts rows; take it out (" +
                   (separator == ','   ? "cut -d, -f2-"
@@ -535,7 +272,7 @@ bool begins_block(const Columns& columns, const Fields& row) {
     const std::size_t rows = rows_of(columns.block);
     if (rows == 0) return false;
     if (row.numbers.size() > 1)
-        return number_of(field_at(row, 0)).value_or(infinity) <
+        return number_of(field_at(row, 0)).value_or(std::numeric_limits<double>::infinity()) <
                at(columns.block, rows - 1, 0).value;
     if (columns.rows_before > 0) return rows >= columns.rows_before;
     return text_at(columns.block, 0, 0).starts_with(field_at(row, 0));

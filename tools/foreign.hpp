@@ -3,27 +3,14 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "textio/lines.hpp"
+#include "fields.hpp"
 
 namespace dorvek::tools {
-
-// The number that the program reads from `text`, if it is one, before it is rounded to a float.
-[[nodiscard]] std::optional<double> number_of(std::string_view text);
-
-// A number of a block, and where its text stands in that of its row. Of what has been computed
-// there is no text.
-struct Number {
-    double value = 0;
-    std::uint32_t begin = 0;
-    std::uint32_t length = 0;
-};
 
 // Rows of equal width: r, then the other columns.
 struct Block {
@@ -50,21 +37,8 @@ struct Block {
 // Takes a block. Whoever keeps it leaves another in its place, whose memory is used again.
 using TakeBlock = std::function<void(Block&)>;
 
-// A file that has been opened and attached, and how its reading went.
-struct ForeignFile {
-    std::string name;           // for messages
-    textio::Input input;        // which leaves tabs as they are: its tab is 0
-    std::size_t blocks = 0;     // taken: all that are whole
-    bool cut_short = false;     // one more begins, which the end of the file cuts
-    bool unterminated = false;  // the last line has no line feed
-};
-
 // Each reader calls take(block) for each whole block of the file, and throws Failure, with the
 // line, where something cannot be read with certainty; also if there is no whole block.
-//
-// What stands on a line is apart by blanks, tabs, or a comma with any of these around it. If it
-// holds a semicolon, it is apart by semicolons only; there and between quotes, a comma is a decimal
-// comma. Separators at the end of a line separate nothing.
 
 // What LAMMPS leaves through `fix ave/time` in mode vector: lines that begin with #, a line with
 // the step and its number of rows, then the rows, each behind its own number. Or the same as YAML.
