@@ -109,12 +109,12 @@ bool take_plain(std::string_view line, Fields& row) {
     row.separator = ' ';
     row.decimal_commas = false;
     for (skip_blanks(); at != end;) {
-        double value = 0;
-        const char* const stop = take_number(at, end, value);
+        Number number;
+        const char* const stop = take_number(at, end, number.value);
         if (stop == nullptr) return false;
-        row.numbers.push_back({.value = value,
-                               .begin = static_cast<std::uint32_t>(at - begin),
-                               .length = static_cast<std::uint32_t>(stop - at)});
+        number.begin = static_cast<std::uint32_t>(at - begin);
+        number.length = static_cast<std::uint32_t>(stop - at);
+        row.numbers.push_back(number);
         at = stop;
         skip_blanks();
         if (at == end) break;

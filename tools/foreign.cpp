@@ -296,10 +296,11 @@ void read_lammps(ForeignFile& file, const TakeBlock& take) {
 void read_columns(ForeignFile& file, const TakeBlock& take) {
     Columns columns;
     Fields row;
-    const TakeBlock take_columns = [&](Block& block) {
+    const auto checked = [&](Block& block) {
         require_r(file, columns, block);
         take(block);
     };
+    const TakeBlock take_columns = checked;
     for (std::string_view line; take_line(file, line);) {
         take_fields(line, row);
         if (row.numbers.empty()) continue;
