@@ -20,7 +20,8 @@ script() {
              if (command == "") return
              printf "cat <<\"%s\"\n%s%s%s\n", mark, shown, typed, mark
              gsub(/(^|\n)> /, "\n", typed)
-             printf "{\n%s} <<\"%s\"%s%s\nended $?\n", command, mark, typed == "" ? "\n" : typed, mark
+             # Of a parenthesis alone between the braces, dash would forget where its output goes.
+             printf "{ :\n%s} <<\"%s\"%s%s\nended $?\n", command, mark, typed == "" ? "\n" : typed, mark
              command = shown = typed = ""
          }
          BEGIN {
