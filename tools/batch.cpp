@@ -138,7 +138,7 @@ void fill(input::PdfSet& set, const DataFile& file, std::int32_t partial, bool i
 
 // What the row is weighted with, if that is what all rows are to be, where the call says so.
 std::string weight_of(const Columns& columns, const Row& row, const std::string& all) {
-    const std::string cell(trimmed(cell_of(row, columns.weight)));
+    std::string cell(trimmed(cell_of(row, columns.weight)));
     if (cell.empty()) return all.empty() ? "g" : all;
     if (cell != "g" && cell != "r2") throw Failure("weight is neither g nor r2: " + cell);
     if (!all.empty() && cell != all) throw Failure("weight is " + cell + ", not that of --weight");

@@ -78,7 +78,7 @@ bool TableReader::next(Row& row) {
 
 Failure TableReader::bad_row(const char* what) const {
     const std::string place = rows_ == 0 ? ", headings: " : ", row " + std::to_string(rows_) + ": ";
-    return Failure(name_ + place + what);
+    return Failure{name_ + place + what};
 }
 
 // Takes one line, or several if quotes hold line feeds. A blank line makes an empty row. False at
