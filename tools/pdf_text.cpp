@@ -212,14 +212,16 @@ std::string pdf_text(std::span<const Block> sets, std::span<const Block> running
     const bool all_even = out_of_step(r.size(), [&](std::size_t i) { return r[i]; }) == r.size();
     const Column r_column{&first, 0, {}};
     std::vector<const Column*> columns{&r_column};
-    std::vector<bool> below_zero(r.size());
+    std::vector<char> below_zero(r.size());  // in any partial
     for (std::size_t p = 0; p < partials.size(); ++p) {
         Partial& partial = partials[p];
-        const std::vector<double> g = column_of(*partial.g.block, partial.g.number);
-        for (std::size_t i = from; i < end; ++i) below_zero[i] = below_zero[i] || g[i] < 0;
+        for (std::size_t i = from; i < end; ++i) {
+            if (at(*partial.g.block, i, partial.g.number).value < 0) below_zero[i] = 1;
+        }
         if (partial.n.block != nullptr) {
             require_running(partial, p + 1);
         } else {
+            const std::vector<double> g = column_of(*partial.g.block, partial.g.number);
             partial.n.computed = running_numbers(r, g, density_of(layout, p, partials.size()),
                                                  all_even ? std::span(r) : grid);
         }
@@ -227,7 +229,7 @@ std::string pdf_text(std::span<const Block> sets, std::span<const Block> running
     }
     remarks.bins = std::max(remarks.bins, grid.size());
     remarks.partials = std::max(remarks.partials, partials.size());
-    remarks.below_zero += static_cast<std::size_t>(std::ranges::count(below_zero, true));
+    remarks.below_zero += static_cast<std::size_t>(std::ranges::count(below_zero, 1));
     remarks.all_count_all = partials.size() > 1 && layout.densities.empty() && layout.density > 0;
 
     std::string text;
