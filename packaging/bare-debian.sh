@@ -1,31 +1,37 @@
 #!/bin/sh
-# bare-debian.sh TREE.tar
-# Installs the packages of build/companions and build/python on a bare Debian 12 and tries them there
-# as a user without rights. TREE.tar holds the bare system, and what the example of the module needs
-# besides; it is made with debootstrap if it is not there, which takes minutes and the network.
-# Needs root.
+# bare-debian.sh TREE.tar [python]
+# Installs the packages of build/companions on a bare Debian 12 and tries them there as a user
+# without rights; with `python`, those of build/python as well. TREE.tar holds the bare system, with
+# `python` also what the example of the module needs. It is made with debootstrap if it is not
+# there, which takes a minute, with `python` several, and the network. Needs root.
 set -eu
 tree=$1
+packages='build/companions/dorvek_*.deb build/companions/dorvek-*.tar.gz'
+needed=
+if [ "${2-}" = python ]; then
+    packages="$packages build/python/python3-dorvek_*.deb build/python/python3-dorvek-*.tar.gz"
+    needed=--include=python3-pandas,python3-matplotlib
+fi
 cd "$(dirname "$0")/.."
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 if [ ! -f "$tree" ]; then
-    debootstrap --variant=minbase --include=python3-pandas,python3-matplotlib bookworm "$root"
+    # shellcheck disable=SC2086 # none, or one
+    debootstrap --variant=minbase $needed bookworm "$root"
     tar -C "$root" -cf "$tree.part" .
     mv "$tree.part" "$tree"
 else
     tar -C "$root" -xf "$tree"
 fi
 chmod 755 "$root" # the root directory of all who are inside
-install -m 644 -t "$root/tmp" \
-    packaging/try.sh build/companions/dorvek_*.deb build/companions/dorvek-*.tar.gz \
-    build/python/python3-dorvek_*.deb build/python/python3-dorvek-*.tar.gz
+# shellcheck disable=SC2086 # a list of patterns
+install -m 644 -t "$root/tmp" packaging/try.sh $packages
 
 inside() { env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin chroot "$@"; }
 as_user() { inside --userspec=nobody:nogroup "$root" "$@"; }
-inside "$root" sh -c 'dpkg -i /tmp/dorvek_*.deb /tmp/python3-dorvek_*.deb'
+inside "$root" sh -c 'dpkg -i /tmp/*.deb'
 as_user sh /tmp/try.sh /usr
-inside "$root" dpkg -r dorvek python3-dorvek
+inside "$root" sh -c 'ls /tmp/*.deb | sed "s|.*/||; s|_.*||" | xargs dpkg -r'
 for left in "$root"/usr/bin/dorvek* "$root/usr/share/doc/dorvek" \
     "$root/usr/lib/python3/dist-packages/dorvek"; do
     [ ! -e "$left" ] || { echo "bare-debian.sh: dpkg -r leaves $left" >&2 && exit 1; }

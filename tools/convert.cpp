@@ -125,6 +125,9 @@ void read_blocks(const Form& form, const std::string& name, const TakeBlock& tak
     } else if (file.unterminated) {
         tell(file.name + ": the last line has no line feed; is it whole?");
     }
+    if (!file.words.empty()) {
+        tell(file.name + ": words among the numbers, left out; is the file whole? " + file.words);
+    }
     tell(file.name + ": " + std::to_string(file.blocks) +
          (file.blocks == 1 ? " block" : " blocks"));
 }

@@ -143,15 +143,15 @@ bool take_pair(ForeignFile& file, Fields& row, std::string& pair) {
     return false;
 }
 
-// Is this the first field of a line of numbers, if perhaps of none that can be read? A heading
-// begins otherwise.
+// Is this the first field of a line of numbers, if perhaps of none that can be read, as the
+// asterisks are for which a number was too wide? A heading begins otherwise.
 bool begins_numbers(std::string_view field) {
     field.remove_prefix(std::min(field.find_first_not_of("+-"), field.size()));
     if (field.empty()) return false;
     std::string word(field);
     for (char& c : word) c = static_cast<char>(c | 0x20);  // in lower case
-    return field[0] == '.' || (field[0] >= '0' && field[0] <= '9') || word == "nan" ||
-           word == "inf" || word == "infinity";
+    return field[0] == '.' || field[0] == '*' || (field[0] >= '0' && field[0] <= '9') ||
+           word == "nan" || word == "inf" || word == "infinity";
 }
 
 // Are the fields from this one on 0, 1, 2, ..., as pandas heads columns that have no names?
@@ -207,6 +207,7 @@ struct Columns {
     std::int64_t last_line = 0;   // and the last such
     std::string first_words;      // the first line that is none, as messages show it,
     std::string last_words;       // and the last behind the last row
+    std::string odd_words;        // the first there that is no comment and parts no sets
     std::map<std::size_t, std::string> almost_rows;  // by number of fields: what is wrong with them
 };
 
@@ -218,6 +219,9 @@ void take_words(const ForeignFile& file, Columns& columns, std::string_view line
     const bool comment =
         row.text[row.numbers[0].begin] == '#' || row.text[row.numbers[0].begin] == '@';
     const std::size_t fields = row.numbers.size();
+    if (columns.width > 0 && !comment && line != "&" && columns.odd_words.empty()) {
+        columns.odd_words = columns.last_words;
+    }
     if (comment || fields < 2 || first_bad(row, 1) < fields) return;
     const std::string what = row.numbers[0].length == 0 && are_counted(row, 1)
                                  ? counted_heading(file.input.line_number)
@@ -261,8 +265,13 @@ void take_numbers(ForeignFile& file, Columns& columns, const Fields& row, const 
         columns.rows_before = rows;
         hand_over(file, block, take);
     }
-    if (rows_of(block) == 0) block.heading = columns.last_words;
+    if (rows_of(block) == 0) {
+        block.heading = columns.last_words;
+    } else if (file.words.empty()) {
+        file.words = columns.odd_words;
+    }
     columns.last_words.clear();
+    columns.odd_words.clear();
     columns.last_line = file.input.line_number;
     append(block, row);
 }
@@ -319,6 +328,7 @@ void read_columns(ForeignFile& file, const TakeBlock& take) {
         require_numbers(file, row);
         take_numbers(file, columns, row, take_columns);
     }
+    if (file.words.empty()) file.words = columns.odd_words;
     hand_over_last(file, columns.block, columns.rows_before, take_columns);
     require_blocks(file, columns.first_words);
 }
