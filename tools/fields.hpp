@@ -30,7 +30,7 @@ struct ForeignFile {
     textio::Input input;        // which leaves tabs as they are: its tab is 0
     std::size_t blocks = 0;     // taken: all that are whole
     bool cut_short = false;     // one more begins, which the end of the file cuts
-    std::string words{};  // the first line of words within the rows of a block, or behind the last
+    std::string words{};        // the first line of words among rows, or behind the last
     bool unterminated = false;  // the last line has no line feed
 };
 
