@@ -84,6 +84,7 @@ void read_yaml(ForeignFile& file, const TakeBlock& take) {
             item.remove_prefix(3);
             take_fields(item, row);
             require_numbers(file, row);
+            if (row.numbers.empty()) throw bad_line(file, "a row of no numbers");
             if (width != 0) require_width(file, row, width);
             width = row.numbers.size();
             append(block, row);
