@@ -95,6 +95,12 @@ for document in README.md examples/silica/README.md; do
     cd "$scratch/tree"
     replay "$source/$document"
 done
+# The pictures in README, of which the session there draws the second.
+dorvek <examples/silica/answers_two_samples >/dev/null
+dorvek-plot --unit Å -o si-o.svg >/dev/null
+for picture in si-o.svg "$HOME/silica/window.svg"; do
+    cmp "$picture" "$source/doc/${picture##*/}" || failed=1
+done
 for page in "$source"/doc/*.1; do
     rm -rf "$scratch/silica"
     cp -R "$source/examples/silica" "$scratch"
