@@ -113,6 +113,7 @@ version=$("$build/dorvek-batch" --version)
 stale=$(
     exec 2>&1
     grep -LFx ".Os dorvek $version" doc/*.1
+    "$program" --version | grep -q "^dorvek $version:" || echo dorvek
     grep -LFx "version: $version" CITATION.cff
     grep -LFx "date-released: $(sed -n "s/^## $version - //p" CHANGELOG.md)" CITATION.cff
     grep -LF "\`dorvek $version\`" README.md

@@ -57,11 +57,27 @@ results='unit 16, file "dorvek.res"'
 
 # An argument must not cost the last results.
 echo kept >dorvek.res
-run ../dorvek --help </dev/null
-must 'it shows its usage' grep -q '^usage: dorvek ' ../err
-: >../err
-must 'an argument keeps dorvek.res' grep -qx kept dorvek.res
-expect 'an argument' 2 0
+for call in -h --versions '--help --version'; do
+    # shellcheck disable=SC2086 # a word or two
+    run ../dorvek $call </dev/null
+    echo 'usage: dorvek    (no arguments; it asks for what it needs)' >../expected
+    must "$call is a wrong call" cmp ../expected ../err
+    : >../err
+    must "$call keeps dorvek.res" grep -qx kept dorvek.res
+    must "$call shows nothing else" [ "$status:$(cat ../out)" = 2: ]
+done
+for call in --help --version; do
+    run ../dorvek $call
+    sed -E '1s/^dorvek [0-9.]+: statistics .*/a name/; 2s/^usage: dorvek .*/a usage/' ../out >../lines
+    must "$call" [ "$status:$(cat ../lines ../err)" = "0:a name
+a usage" ]
+    for closed in '/dev/full:No space left on device' '&-:Bad file descriptor'; do
+        run sh -c "../dorvek $call >${closed%:*}"
+        must "$call to $closed" [ "$status:$(cat ../err)" = "1:dorvek: cannot write: ${closed#*:}" ]
+    done
+done
+must '--version keeps dorvek.res' grep -qx kept dorvek.res
+rm dorvek.res
 
 # Who may read and write what the program creates is the user's affair.
 answers new.dat >../typed
