@@ -119,9 +119,9 @@ std::string name_of(const Columns& columns, const TableReader& table, const Row&
     for (const std::size_t c : columns.each) {
         if (row[c].empty()) continue;
         const std::string& heading = table.headings()[c];
-        const auto label = heading == "pdf" ? table.column("label") : std::nullopt;
+        const auto label = table.column("label");
         name += name.empty() ? "" : ", ";
-        if (label && !row[*label].empty()) {
+        if (heading == "pdf" && label && !row[*label].empty()) {
             name += row[*label];
         } else {
             if (value_of(row[c])) name += (heading == "pdf" ? "partial" : heading) + " ";
