@@ -160,6 +160,7 @@ Block mean_of_blocks(const Form& form, const std::string& name, std::size_t from
         if (++count < from) return;
         if (count == from) {
             std::swap(mean, block);
+            mean.single_blanks = false;  // for there are no texts of the means
             return;
         }
         bool same_grid = rows_of(block) == rows_of(mean) && block.width == mean.width;

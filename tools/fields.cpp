@@ -29,30 +29,57 @@ bool is_digit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Takes a decimal of at most 15 digits and no exponent: these and the power of ten are exact as
-// doubles, so the quotient is the nearest one. Returns its end, or nullptr if it is no such.
+// Takes digits behind those already in `number`. Returns their end.
+const char* take_digits(const char* at, const char* end, std::uint64_t& number) {
+    for (; at != end && is_digit(*at); ++at) {
+        number = 10 * number + static_cast<std::uint64_t>(*at - '0');
+    }
+    return at;
+}
+
+// Takes an exponent of at most three digits, behind its letter. Returns its end, or nullptr.
+const char* take_exponent(const char* at, const char* end, int& exponent) {
+    const bool negative = at != end && *at == '-';
+    if (at != end && (*at == '-' || *at == '+')) ++at;
+    std::uint64_t digits = 0;
+    const char* const stop = take_digits(at, end, digits);
+    if (stop == at || stop - at > 3) return nullptr;
+    exponent = negative ? -static_cast<int>(digits) : static_cast<int>(digits);
+    return stop;
+}
+
+// Takes a decimal of at most 15 digits, with or without an exponent. These and a power of ten up to
+// 1E22 are exact as doubles, so their quotient or product is the nearest one (Clinger 1990), and in
+// the range of a float. Returns its end, or nullptr if it is no such.
 const char* take_decimal(const char* at, const char* end, double& value) {
-    static constexpr std::array<double, 16> power{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    static constexpr std::array<double, 23> power{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
     const bool negative = at != end && *at == '-';
     if (negative) ++at;
     std::uint64_t digits = 0;
-    const auto take_digits = [&] {
-        const char* const first = at;
-        for (; at != end && is_digit(*at); ++at) {
-            digits = 10 * digits + static_cast<std::uint64_t>(*at - '0');
-        }
-        return static_cast<std::size_t>(at - first);
-    };
-    std::size_t count = take_digits();
+    const char* const point = take_digits(at, end, digits);
+    auto count = static_cast<std::size_t>(point - at);
     std::size_t decimals = 0;
+    at = point;
     if (at != end && *at == '.') {
-        ++at;
-        decimals = take_digits();
+        at = take_digits(point + 1, end, digits);
+        decimals = static_cast<std::size_t>(at - point - 1);
         count += decimals;
     }
-    if (count < 1 || count > 15 || (at != end && !is_blank(*at) && *at != ',')) return nullptr;
-    value = static_cast<double>(digits) / power[decimals];
+    if (count < 1 || count > 15) return nullptr;
+    const auto all = static_cast<double>(static_cast<std::int64_t>(digits));
+    if (at == end || is_blank(*at) || *at == ',') {
+        value = all / power[decimals];
+    } else {
+        int exponent = 0;
+        if ((*at | 0x20) != 'e') return nullptr;
+        at = take_exponent(at + 1, end, exponent);
+        exponent -= static_cast<int>(decimals);
+        const auto size = static_cast<std::size_t>(std::abs(exponent));
+        if (at == nullptr || size >= power.size()) return nullptr;
+        value = exponent < 0 ? all / power[size] : all * power[size];
+    }
     if (negative) value = -value;
     return at;
 }
@@ -98,38 +125,39 @@ bool contains(std::string_view text, char c) {
 bool take_plain(std::string_view line, Fields& row) {
     const char* const begin = line.data();
     const char* const end = begin + line.size();
-    const char* at = begin;
-    const auto skip_blanks = [&] {
-        while (at != end && is_blank(*at)) ++at;
+    const auto behind_blanks = [end](const char* from) {
+        while (from != end && is_blank(*from)) ++from;
+        return from;
     };
     bool blanks_separate = false;
+    bool single_blanks = true;
+    bool commas = false;
     bool comma_between_digits = false;
     row.text = line;
     row.numbers.clear();
-    row.separator = ' ';
-    row.decimal_commas = false;
-    for (skip_blanks(); at != end;) {
-        Number number;
+    for (const char* at = behind_blanks(begin); at != end;) {
+        Number& number = row.numbers.emplace_back();  // in place: a copy takes as long as reading
         const char* const stop = take_number(at, end, number.value);
         if (stop == nullptr) return false;
         number.begin = static_cast<std::uint32_t>(at - begin);
         number.length = static_cast<std::uint32_t>(stop - at);
-        row.numbers.push_back(number);
-        at = stop;
-        skip_blanks();
+        at = behind_blanks(stop);
         if (at == end) break;
         if (*at == ',') {
             comma_between_digits =
                 comma_between_digits || (at == stop && at + 1 != end && is_digit(at[1]));
-            row.separator = ',';
-            ++at;
-            skip_blanks();
+            commas = true;
+            at = behind_blanks(at + 1);
         } else if (at == stop) {
             return false;
         } else {
             blanks_separate = true;
+            single_blanks = single_blanks && at == stop + 1 && *stop == ' ';
         }
     }
+    row.separator = commas ? ',' : ' ';
+    row.single_blanks = single_blanks && !commas;
+    row.decimal_commas = false;
     return !row.numbers.empty() && !(comma_between_digits && blanks_separate);
 }
 
@@ -150,6 +178,7 @@ void split(std::string_view line, Fields& row) {
     bool blanks_separate = false;
     bool comma_between_digits = false;
     row.separator = semicolons ? ';' : ' ';
+    row.single_blanks = false;
     row.numbers.clear();
     for (std::size_t at = behind_blanks(0); at < text.size();) {
         std::size_t begin = at;

@@ -42,6 +42,7 @@ struct Fields {
     std::string respelled;        // the line with points for decimal commas
     std::vector<Number> numbers;  // the fields, which have values once they are known to be numbers
     char separator = ' ';         // semicolon, or comma if there is any, or blank
+    bool single_blanks = false;   // and nothing else are between the fields
     bool are_numbers = false;     // as most are spelled: all have values
     bool decimal_commas = false;  // or so it seems: blanks separate as well
 };

@@ -29,6 +29,7 @@ void append(Block& block, const Fields& row, std::size_t first_column = 0) {
     block.width = numbers.size();
     block.begin.push_back(block.text.size());
     block.text += row.text;
+    block.single_blanks = block.single_blanks && row.single_blanks;
     block.numbers.insert(block.numbers.end(), numbers.begin(), numbers.end());
 }
 
@@ -36,6 +37,7 @@ void clear(Block& block) {
     block.numbers.clear();
     block.text.clear();
     block.begin.clear();
+    block.single_blanks = true;
 }
 
 void hand_over(ForeignFile& file, Block& block, const TakeBlock& take) {

@@ -18,6 +18,7 @@ struct Block {
     std::vector<Number> numbers;     // row by row
     std::string text;                // of all rows, as they were read but for decimal commas
     std::vector<std::size_t> begin;  // of each row in the text
+    bool single_blanks = true;       // between the numbers of all rows
     std::string heading;             // of `columns` the line before it, of `dlpoly` the pair
 };
 

@@ -15,16 +15,19 @@
 namespace dorvek::tools {
 namespace {
 
-// A column of the file to be written: one of a block, or numbers that have been computed.
+// A column of a block, r being 0.
 struct Column {
     const Block* block = nullptr;
-    std::size_t number = 0;  // in the block, r being 0
-    std::vector<double> computed;
+    std::size_t number = 0;
 };
 
 struct Partial {
-    Column g, n;
+    Column g, n;  // n has no block where it is to be computed
 };
+
+double value_at(const Column& column, std::size_t row) {
+    return at(*column.block, row, column.number).value;
+}
 
 std::vector<double> column_of(const Block& block, std::size_t column) {
     std::vector<double> values(rows_of(block));
@@ -32,28 +35,45 @@ std::vector<double> column_of(const Block& block, std::size_t column) {
     return values;
 }
 
-// Appends a row of these columns, one blank apart; at once what stands so in a block.
-void append_row(std::string& text, std::span<const Column* const> columns, std::size_t row) {
-    for (std::size_t i = 0; i < columns.size();) {
-        const Column& column = *columns[i++];
-        if (column.block == nullptr || at(*column.block, row, column.number).length == 0) {
-            text += written(column.block == nullptr ? column.computed[row]
-                                                    : at(*column.block, row, column.number).value);
-        } else {
-            const char* const begin = text_at(*column.block, row, column.number).data();
-            const char* end = begin + at(*column.block, row, column.number).length;
-            for (std::size_t next = column.number + 1;
-                 i < columns.size() && columns[i]->block == column.block &&
-                 columns[i]->number == next && *end == ' ';
-                 ++i, ++next) {
-                const std::string_view number = text_at(*column.block, row, next);
-                if (number.data() != end + 1) break;
-                end = number.data() + number.size();
-            }
-            text.append(begin, end);
-        }
-        text += i < columns.size() ? ' ' : '\n';
+// Columns of a block that are written as they stand there, or one that has been computed.
+struct Piece {
+    Column first{};
+    std::size_t columns = 1;
+    std::vector<double> computed{};
+};
+
+void add_column(std::vector<Piece>& pieces, const Column& column) {
+    Piece& last = pieces.back();
+    const bool goes_on = column.block == last.first.block && column.block->single_blanks &&
+                         column.number == last.first.number + last.columns;
+    if (goes_on) {
+        ++last.columns;
+    } else {
+        pieces.push_back({.first = column});
     }
+}
+
+// What has been computed is rounded to the float that the program reads.
+std::string written(double value) {
+    const auto nearest = static_cast<float>(value);
+    if (!std::isfinite(nearest)) throw Failure("a number is too large to be written");
+    return shortest(nearest);
+}
+
+void append_row(std::string& text, std::span<const Piece> pieces, std::size_t row) {
+    for (const Piece& piece : pieces) {
+        const auto& [block, number] = piece.first;
+        if (block == nullptr) {
+            text += written(piece.computed[row]);
+        } else if (at(*block, row, number).length == 0) {
+            text += written(at(*block, row, number).value);
+        } else {
+            const std::string_view last = text_at(*block, row, number + piece.columns - 1);
+            text.append(text_at(*block, row, number).data(), last.data() + last.size());
+        }
+        text += ' ';
+    }
+    text.back() = '\n';
 }
 
 // The columns of g of a block, r being 0.
@@ -92,15 +112,15 @@ std::vector<Partial> partials_of(std::span<const Block> sets, std::span<const Bl
         require_same_grid(r, sets[set], "set " + std::to_string(set + 1));
         for (const std::size_t column : columns_of_g(layout, sets[set].width)) {
             Partial partial;
-            partial.g = {&sets[set], column, {}};
-            if (layout.running) partial.n = {&sets[set], column + 1, {}};
+            partial.g = {&sets[set], column};
+            if (layout.running) partial.n = {&sets[set], column + 1};
             if (!running.empty()) {
                 if (column >= running[set].width) {
                     throw Failure("--cn: there are " + std::to_string(running[set].width) +
                                   " columns");
                 }
                 require_same_grid(r, running[set], "--cn: the file");
-                partial.n = {&running[set], column, {}};
+                partial.n = {&running[set], column};
             }
             partials.push_back(partial);
         }
@@ -119,11 +139,10 @@ double density_of(const Layout& layout, std::size_t partial, std::size_t partial
 // n that has been read and falls is another function, or that of another partial.
 void require_running(const Partial& partial, std::size_t number) {
     const Block& block = *partial.g.block;
-    const auto n = [&](std::size_t row) {
-        return at(*partial.n.block, row, partial.n.number).value;
-    };
     for (std::size_t i = 1; i < rows_of(block); ++i) {
-        if (n(i) >= n(i - 1) || at(block, i, partial.g.number).value < 0) continue;
+        if (value_at(partial.n, i) >= value_at(partial.n, i - 1) || value_at(partial.g, i) < 0) {
+            continue;
+        }
         throw Failure("n of partial " + std::to_string(number) + " falls at r = " +
                       std::string(text_at(block, i, 0)) + ": that is no running number");
     }
@@ -173,10 +192,13 @@ bool is_rounded(std::span<const double> r, const Block& block, std::size_t first
     return jumps > 1;
 }
 
+std::size_t bad_step(std::span<const double> r) {
+    return out_of_step(r.size(), [&](std::size_t i) { return r[i]; });
+}
+
 void require_even(std::span<const double> r, const Block& block, std::size_t first) {
     if (r.size() < 2) throw Failure("fewer than two bins");
-    const auto place = [&](std::size_t i) { return r[i]; };
-    const std::size_t bad = r.back() > r.front() ? out_of_step(r.size(), place) : 1;
+    const std::size_t bad = r.back() > r.front() ? bad_step(r) : 1;
     if (bad == r.size()) return;
     throw Failure("r does not ascend in even steps at " +
                   std::string(text_at(block, first + bad, 0)) +
@@ -185,17 +207,11 @@ void require_even(std::span<const double> r, const Block& block, std::size_t fir
 
 }  // namespace
 
-std::string written(double value) {
-    const auto nearest = static_cast<float>(value);
-    if (!std::isfinite(nearest)) throw Failure("a number is too large to be written");
-    return shortest(nearest);
-}
-
 std::string pdf_text(std::span<const Block> sets, std::span<const Block> running,
                      const Layout& layout, Remarks& remarks) {
     const Block& first = sets.front();
     const std::vector<double> r = column_of(first, 0);
-    std::vector<Partial> partials = partials_of(sets, running, layout, r);
+    const std::vector<Partial> partials = partials_of(sets, running, layout, r);
 
     const auto inside = [&](double place) {
         const auto rounded = static_cast<float>(place);
@@ -208,24 +224,24 @@ std::string pdf_text(std::span<const Block> sets, std::span<const Block> running
     const auto grid = std::span(r).subspan(from, end - from);
     require_even(grid, first, from);
 
-    // Of the whole file if that is even, so that a range changes no digit.
-    const bool all_even = out_of_step(r.size(), [&](std::size_t i) { return r[i]; }) == r.size();
-    const Column r_column{&first, 0, {}};
-    std::vector<const Column*> columns{&r_column};
+    std::vector<Piece> pieces{{.first = {&first, 0}}};
     std::vector<char> below_zero(r.size());  // in any partial
     for (std::size_t p = 0; p < partials.size(); ++p) {
-        Partial& partial = partials[p];
+        const auto& [g, n] = partials[p];
         for (std::size_t i = from; i < end; ++i) {
-            if (at(*partial.g.block, i, partial.g.number).value < 0) below_zero[i] = 1;
+            if (value_at(g, i) < 0) below_zero[i] = 1;
         }
-        if (partial.n.block != nullptr) {
-            require_running(partial, p + 1);
-        } else {
-            const std::vector<double> g = column_of(*partial.g.block, partial.g.number);
-            partial.n.computed = running_numbers(r, g, density_of(layout, p, partials.size()),
-                                                 all_even ? std::span(r) : grid);
+        add_column(pieces, g);
+        if (n.block != nullptr) {
+            require_running(partials[p], p + 1);
+            add_column(pieces, n);
+            continue;
         }
-        columns.insert(columns.end(), {&partial.g, &partial.n});
+        // By the step of the whole file if that is even, so that a range changes no digit.
+        const double rho = density_of(layout, p, partials.size());
+        pieces.push_back(
+            {.computed = running_numbers(r, column_of(*g.block, g.number), rho,
+                                         bad_step(r) == r.size() ? std::span(r) : grid)});
     }
     remarks.bins = std::max(remarks.bins, grid.size());
     remarks.partials = std::max(remarks.partials, partials.size());
@@ -234,7 +250,7 @@ std::string pdf_text(std::span<const Block> sets, std::span<const Block> running
 
     std::string text;
     text.reserve(sets.size() * first.text.size() + 16 * r.size());
-    for (std::size_t i = from; i < end; ++i) append_row(text, columns, i);
+    for (std::size_t i = from; i < end; ++i) append_row(text, pieces, i);
     return text;
 }
 

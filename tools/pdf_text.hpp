@@ -35,7 +35,4 @@ struct Remarks {
 [[nodiscard]] std::string pdf_text(std::span<const Block> sets, std::span<const Block> running,
                                    const Layout& layout, Remarks& remarks);
 
-// The text of a number that has been computed: it is rounded to the float that the program reads.
-[[nodiscard]] std::string written(double value);
-
 }  // namespace dorvek::tools

@@ -18,6 +18,7 @@
 #include <new>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include "csv.hpp"
 #include "text.hpp"
@@ -53,6 +54,8 @@ void remove_unfinished(int signal) {
 
 // A signal that is ignored, as under nohup, stays so.
 void remove_unfinished_at_signals() {
+    static bool done = false;
+    if (std::exchange(done, true)) return;
     for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU, SIGXFSZ}) {
         struct sigaction action {};
         ::sigaction(signal, nullptr, &action);
