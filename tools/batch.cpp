@@ -29,6 +29,7 @@
 #include "driver/report.hpp"
 #include "program.hpp"
 #include "results.hpp"
+#include "text.hpp"
 #include "textio/lines.hpp"
 #include "weight.hpp"
 
@@ -160,7 +161,7 @@ void analyse(const Columns& columns, const Task& task, const std::string& weight
     driver::Report& report = outcome.report;
     const std::size_t count = samples(report);
     if (task.row.size() > columns.headings) throw Failure("more fields than headings");
-    // Whatever else is wrong with the row, its bins are those of the file.
+    // Whatever else is wrong with the row, its weight and the bins of its files are known.
     for (std::size_t s = 0; s < count; ++s) {
         DataFile& file = *task.files[s];
         std::call_once(file.read, [&] { read(file, room[s]); });
@@ -168,6 +169,7 @@ void analyse(const Columns& columns, const Task& task, const std::string& weight
         outcome.bins[s] = std::to_string(file.r.size());
         if (s == 0 && file.r.size() > 1) outcome.step = text_of(file.r[1] - file.r[0]);
     }
+    outcome.weight = weight_of(columns, task.row, weight);
     std::int64_t constraints = 0;
     for (std::size_t s = 0; s < count; ++s) {
         const SampleColumns& at = columns.samples[s];
@@ -179,7 +181,6 @@ void analyse(const Columns& columns, const Task& task, const std::string& weight
     }
     report.found.window.rmin = real_cell(task.row, columns.rmin, "rmin");
     report.found.window.rmax = real_cell(task.row, columns.rmax, "rmax");
-    outcome.weight = weight_of(columns, task.row, weight);
     const auto sets = std::span(room).first(count);
     for (std::size_t s = 0; s < count; ++s) {
         const DataFile& file = *task.files[s];
@@ -206,9 +207,10 @@ void analyse(const Columns& columns, const Task& task, const std::string& weight
     add_doubts(sets, std::span(only).first(count), report.found, outcome.said);
 }
 
+// Without control characters, for what is shown reaches a terminal.
 std::string joined(const std::vector<std::string>& texts) {
     std::string all;
-    for (const std::string& text : texts) all += (all.empty() ? "" : "; ") + text;
+    for (const std::string& text : texts) all += (all.empty() ? "" : "; ") + printable(text);
     return all;
 }
 
@@ -390,7 +392,9 @@ void run_table(const std::string& name, const std::string& weight, std::size_t j
         write(output);
         if (progress) std::fprintf(stderr, "\r%zu rows\r", rows);
     }
-    if (failed > 0) complain(std::to_string(rows) + " rows, " + std::to_string(failed) + " failed");
+    if (failed > 0) {
+        complain("rows that failed: " + std::to_string(failed) + " of " + std::to_string(rows));
+    }
     if (!broken.empty()) complain(broken);
 }
 
@@ -404,9 +408,8 @@ void program(int argc, char** argv) {
     const CLI::Option* given = app.add_option(
         "TABLE", table,
         "columns file, partial, rmin and rmax; if wanted, partials, id, name, weight, constraints "
-        "and, for "
-        "a second sample, file2, partial2, partials2, name2, constraints2; any other is passed "
-        "through. Standard input if - or none is named");
+        "and, for a second sample, file2, partial2, partials2, name2, constraints2; any other is "
+        "passed through. Standard input if - or none is named");
     add_whole(app, "-j", jobs, 1, std::numeric_limits<std::int32_t>::max(),
               "rows at a time; as many as there are cores if not said")
         ->type_name("JOBS");

@@ -26,8 +26,8 @@ std::int32_t partials_of(textio::Input& file, const std::string& name) {
     std::size_t count = 0;
     require(input::count_numbers(file, count), name);
     if (count == 0 || (count % 2 == 1 && count > 1)) return static_cast<std::int32_t>(count / 2);
-    throw BadFile(name + ": " + std::to_string(count) +
-                  " numbers on the first line are not r and two for each partial");
+    throw BadFile(name + ": the numbers on the first line are " + std::to_string(count) +
+                  ", not r and two for each partial");
 }
 
 }  // namespace

@@ -29,11 +29,14 @@ void add_doubts(std::span<const input::PdfSet> sets, std::span<const std::int32_
         const auto g = input::window_of(sets[s].g[static_cast<std::size_t>(ipdf[s] - 1)], ilo, ihi);
         const auto below = std::ranges::count_if(g, [](float value) { return value < 0; });
         if (below > 0) {
-            said.push_back(of + "g below zero in " + std::to_string(below) + " bins of the window");
+            said.push_back(of + "g below zero in " + std::to_string(below) +
+                           (below == 1 ? " bin" : " bins") + " of the window");
         }
-        if (!(analysis.stats[s].var > dorvek::analysis::variance_threshold)) {
+        const float var = analysis.stats[s].var;
+        if (!(var > dorvek::analysis::variance_threshold)) {
             said.push_back(of + std::string(too_narrow) +
-                           ": skew, kurt, pmo3, pmo4 and cum4 are 0 (is the unit of r too large?)");
+                           ": skew, kurt, pmo3, pmo4 and cum4 are 0" +
+                           (var > 0 ? " (is the unit of r too large?)" : ""));
         }
     }
     if (sets.size() == 2 && analysis.comparison.distribution.doff <= 0.0f) {

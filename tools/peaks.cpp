@@ -57,8 +57,12 @@ std::vector<std::int32_t> read_partials(const Row& words) {
     std::vector<std::int32_t> chosen;
     if (words == Row{"all"}) return chosen;
     for (const std::string& word : words) {
-        const std::int32_t least = chosen.empty() ? 1 : chosen.back() + 1;
-        chosen.push_back(whole_argument("--partial", word, least, input::maxpdf));
+        const std::int32_t number = whole_argument("--partial", word, 1, input::maxpdf);
+        if (!chosen.empty() && number <= chosen.back()) {
+            throw WrongCall("--partial: " + word + " stands behind " +
+                            std::to_string(chosen.back()) + "; they ascend, each once");
+        }
+        chosen.push_back(number);
     }
     return chosen;
 }
@@ -172,8 +176,8 @@ void write_windows(const Call& call, const Sample& sample, std::size_t c,
         }
         write(table);
         if (left_out > 0) {
-            complain(stem + peak + ": " + std::to_string(left_out) +
-                     " moves are left out: off the grid, or fewer than 2 bins");
+            complain(stem + peak + ": moves off the grid or to fewer than 2 bins, left out: " +
+                     std::to_string(left_out));
         }
     }
 }

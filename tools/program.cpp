@@ -16,6 +16,7 @@
 #include <exception>
 #include <filesystem>
 #include <new>
+#include <set>
 #include <sstream>
 #include <system_error>
 #include <utility>
@@ -125,10 +126,9 @@ std::string in_words(double limit) {
 
 [[noreturn]] void refuse(std::string_view option, std::string_view text, const char* what,
                          double least, double most) {
-    const bool is_open = most >= std::numeric_limits<std::int32_t>::max();
     throw WrongCall(std::string(option) + ": " + std::string(text) + " is no " + what +
                     (least == above_zero ? " above 0" : " from " + in_words(least)) +
-                    (!is_open              ? " to " + in_words(most)
+                    (std::isfinite(most)   ? " to " + in_words(most)
                      : least == above_zero ? ""
                                            : " on"));
 }
@@ -154,6 +154,19 @@ std::string broken(const std::string& text, std::size_t width) {
         lines += word;
     }
     return lines;
+}
+
+// What goes with an option, in the words of its help.
+std::string terms_of(const CLI::Option& option) {
+    std::string terms = option.get_required() && option.nonpositional() ? "; needed" : "";
+    const auto add = [&](const char* before, const std::set<CLI::Option*>& others) {
+        std::set<std::string> names;
+        for (const CLI::Option* other : others) names.insert(other->get_name());
+        for (const std::string& name : names) terms += std::exchange(before, ", ") + name;
+    };
+    add("; with ", option.get_needs());
+    add("; not with ", option.get_excludes());
+    return terms.empty() ? "" : " (" + terms.substr(2) + ')';
 }
 
 }  // namespace
@@ -275,7 +288,10 @@ void parse(CLI::App& app, int argc, char** argv, const std::string& example) {
     app.get_formatter()->column_width(help_column);
     app.description(broken(app.get_description(), help_width));
     for (CLI::Option* option : app.get_options()) {
-        option->description(broken(option->get_description(), help_width - help_column));
+        const std::string argument = option->nonpositional() ? option->get_type_name() : "";
+        option->option_text(argument.empty() ? " " : argument);
+        option->description(
+            broken(option->get_description() + terms_of(*option), help_width - help_column));
     }
     app.footer("Example:\n  " + example + "\n\nMore help: man " + app.get_name());
     try {

@@ -29,14 +29,9 @@ float median_of(std::span<const float> r, std::span<const float> w, double step)
         all += weight;
     }
     double below = 0;
-    for (std::size_t i = 0; i < w.size(); ++i) {
-        const double weight = w[i];
-        if (weight > 0 && below + weight >= all / 2) {
-            return static_cast<float>(r[i] + step * ((all / 2 - below) / weight - 0.5));
-        }
-        below += weight;
-    }
-    return nan;
+    std::size_t i = 0;
+    while (below + w[i] < all / 2) below += w[i++];
+    return static_cast<float>(r[i] + step * ((all / 2 - below) / w[i] - 0.5));
 }
 
 float top_of(std::span<const float> r, std::span<const float> w) {

@@ -141,7 +141,8 @@ std::string_view message_of(Status status) {
                                                        "Cannot read",
                                                        "Illegal character in numeric input",
                                                        "Attempt to read past end of file",
-                                                       "Line too long"};
+                                                       "Line longer than 16 MiB"};
+    static_assert(longest_line == std::size_t{16} << 20U);
     return messages[static_cast<std::size_t>(status)];
 }
 

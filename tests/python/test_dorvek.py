@@ -295,7 +295,7 @@ def test_bad_calls(error, words, call):
     ("second: r is not evenly", lambda: dorvek.compare((R, G), (R**2, G), rmin=0.5, rmax=1.5)),
     ("no degrees of freedom", lambda: dorvek.compare((R, G), (R, G), rmin=0.5, rmax=1.5,
                                                      constraints=99)),
-    ("g below zero in 1 bins", lambda: dorvek.peak(R, G - 0.2 * (R == 1.2), rmin=0.5, rmax=1.5)),
+    ("g below zero in 1 bin ", lambda: dorvek.peak(R, G - 0.2 * (R == 1.2), rmin=0.5, rmax=1.5)),
     ("variance not above 1E-6", lambda: dorvek.peak(R / 1000, G, rmin=0, rmax=0.0015)),
     ("only the first 10 pdfs", lambda: dorvek.read(COLD, 11)),
     ("a bin took more than one line", lambda: dorvek.read(COLD, 4)),
