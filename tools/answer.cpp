@@ -250,7 +250,7 @@ std::vector<Subject> subjects_of(const Asked& asked, const Combination& combinat
     std::array<const State*, 2> states{};
     for (std::size_t i = 0; i < states.size(); ++i) {
         const std::string& name = question.compare[i];
-        states[i] = state_named(name, combination, question, asked.results);
+        states[i] = state_named(name, combination);
         if (states[i] == nullptr) {
             leave_out(asked, combination,
                       "no " + question.by + " is " + name + "; there are " + cells_of(combination));

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -44,7 +45,7 @@ struct Columns {
     std::vector<std::size_t> quantities{};
 };
 
-// The results while they are taken, and where the states of these cells stand: the number of the
+// The results while they are taken, and where the states of these keys stand: the number of the
 // combination, and in it that of the state.
 struct Taking {
     const Question& question;
@@ -74,11 +75,6 @@ std::optional<double> value_of(std::string_view cell) {
     const auto [end, error] = std::from_chars(text.data(), last, value);
     if (error != std::errc() || end != last) return {};
     return value;
-}
-
-bool same_number(const std::string& a, const std::string& b) {
-    const auto number = value_of(a);
-    return number && number == value_of(b);
 }
 
 void include(Extent& extent, double value) {
@@ -148,7 +144,7 @@ Columns columns_of(const Question& question, std::span<const std::string> headin
 // Two rows, or two states, that differ in a column are not for one mean, or for one difference.
 void require_alike(const std::string& name, const std::string& heading, const std::string& cell,
                    const std::string& other, const Question& question) {
-    if (cell == other || same_number(cell, other)) return;
+    if (cell == other || key_of(cell) == key_of(other)) return;
     std::string option = "--each " + heading;
     if (heading.starts_with("shift")) {
         Texts window = question.window;
@@ -186,13 +182,15 @@ Texts cells_of(const Texts& row, std::span<const std::size_t> columns) {
 State& state_of(Taking& taking, const Texts& row) {
     const Columns& at = taking.at;
     auto& combinations = taking.study.combinations;
-    Texts cells = cells_of(row, at.each);
-    const auto [each, is_new] = taking.combinations.try_emplace(cells, combinations.size());
+    const Texts cells = cells_of(row, at.each);
+    Texts keys;
+    std::ranges::transform(cells, std::back_inserter(keys), key_of);
+    const auto [each, is_new] = taking.combinations.try_emplace(keys, combinations.size());
     if (is_new)
         combinations.push_back({.cells = cells, .name = named(taking.question.each, cells)});
     auto& [ignored, prefix, states] = combinations[each->second];
-    cells.push_back(row[at.by]);
-    const auto [state, is_new_state] = taking.states.try_emplace(std::move(cells), states.size());
+    keys.push_back(key_of(row[at.by]));
+    const auto [state, is_new_state] = taking.states.try_emplace(std::move(keys), states.size());
     if (is_new_state) {
         const std::string name = named({taking.question.by}, {row[at.by]});
         states.push_back({.cell = row[at.by],
@@ -236,7 +234,7 @@ void take(Taking& taking, const Texts& row, const std::string& row_name) {
     }
     const bool is_narrow = at.message && row[*at.message].find(too_narrow) != std::string::npos;
     Replica& replica = moved.replicas.emplace_back();
-    replica.pair = row[at.pair];
+    replica.pair = key_of(row[at.pair]);
     for (std::size_t q = 0; q < at.quantities.size(); ++q) {
         const std::string& quantity = taking.study.quantities[q];
         const bool is_empty = holds(if_there, quantity) && row[at.quantities[q]].empty();
@@ -254,9 +252,13 @@ Study study_of(const Question& question, const Results& results) {
     taking.study.alike = alike_of(question, headings);
     taking.at = columns_of(question, headings, taking.study);
     const Columns& at = taking.at;
+    std::vector<std::size_t> names = at.each;
+    names.push_back(at.by);
     std::size_t failed = 0;
     std::size_t messages = 0;
+    std::size_t nameless = 0;
     std::string first;
+    std::string first_nameless;
     Texts row;
     for (std::size_t number = 1; next(row); ++number) {
         const std::string name = "row " + std::to_string(number);
@@ -265,12 +267,21 @@ Study study_of(const Question& question, const Results& results) {
             ++failed;
             continue;
         }
+        const auto is_empty = [&](std::size_t column) { return key_of(row[column]).empty(); };
+        if (const auto empty = std::ranges::find_if(names, is_empty); empty != names.end()) {
+            if (nameless++ == 0) first_nameless = name + ": " + headings[*empty] + " is empty";
+            continue;
+        }
         if (at.message && !row[*at.message].empty() && messages++ == 0) {
             first = name + ": " + row[*at.message];
         }
         take(taking, row, name);
     }
     if (failed > 0) tell("rows that failed, left out: " + std::to_string(failed));
+    if (nameless > 0) {
+        complain("rows of no state, left out: " + std::to_string(nameless) + ", the first is " +
+                 first_nameless);
+    }
     if (messages > 0) {
         tell("rows with a message: " + std::to_string(messages) + ", the first is " + first);
     }
@@ -278,24 +289,22 @@ Study study_of(const Question& question, const Results& results) {
     return std::move(taking.study);
 }
 
-const State* state_named(const std::string& name, const Combination& among,
-                         const Question& question, const Results& results) {
-    const State* found = nullptr;
-    std::vector<const State*> alike;
-    for (const State& state : among.states) {
-        if (state.cell == name) {
-            found = &state;
-        } else if (same_number(state.cell, name)) {
-            alike.push_back(&state);
-        }
+std::string key_of(const std::string& cell) {
+    const std::string text(textio::trimmed(cell));
+    const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
+    const auto number = value_of(text);
+    if (!number || !std::isfinite(*number) || std::ranges::count_if(text, is_digit) > 15) {
+        return text;
     }
-    if (found == nullptr && alike.size() > 1) {
-        throw Failure("more than one " + question.by + " is " + name + "; there are " +
-                      cells_of(among));
-    }
-    if (found == nullptr) return alike.empty() ? nullptr : alike[0];
-    for (const State* other : alike) results.tell(found->name + " does not include " + other->name);
-    return found;
+    const double value = *number == 0 ? 0 : *number;  // -0 is 0
+    std::array<char, 32> shortest{};
+    return {shortest.data(), std::to_chars(shortest.begin(), shortest.end(), value).ptr};
+}
+
+const State* state_named(const std::string& name, const Combination& among) {
+    const auto is_meant = [&](const State& state) { return key_of(state.cell) == key_of(name); };
+    const auto found = std::ranges::find_if(among.states, is_meant);
+    return found == among.states.end() ? nullptr : &*found;
 }
 
 std::string cells_of(const Combination& combination) {

@@ -39,7 +39,7 @@ struct Extent {
 };
 
 struct Replica {
-    std::string pair{};
+    std::string pair{};            // the key of its cell
     std::vector<double> values{};  // of the quantities of the study
 };
 
@@ -54,7 +54,7 @@ struct Moved {
 };
 
 struct State {
-    std::string cell{};           // what its rows have in common
+    std::string cell{};           // what its rows have in common, as the first writes it
     std::string name{};           // with column and combination, for messages
     Texts alike{};                // cells in which its rows must not differ
     std::string other_windows{};  // the first two that differ at one shift, if any do
@@ -69,24 +69,28 @@ struct Combination {
     std::vector<State> states{};
 };
 
-// All results that did not fail, in the order met.
+// All results that did not fail and have a state, in the order met.
 struct Study {
     Texts quantities{};  // the headings of what is averaged
     Texts alike{};       // the headings of State::alike
     std::vector<Combination> combinations{};
 };
 
-// Takes all results. Where the message of a row says that its peak is too narrow for the program,
-// what it says of the shape of the peak is not a number. A column that is missing and an unknown
-// quantity throw WrongCall. Failure is thrown by rows of one state that are no replicas: they
-// differ in what the user has not named, or their windows do not overlap; and by rows that cannot
-// be read, or none.
+// Takes all results. Of rows of no state, an empty cell among those that tell states and
+// combinations apart, it complains. Where the message of a row says that its peak is too narrow for
+// the program, what it says of the shape of the peak is not a number. A column that is missing and
+// an unknown quantity throw WrongCall. Failure is thrown by rows of one state that are no replicas:
+// they differ in what the user has not named, or their windows do not overlap; and by rows that
+// cannot be read, or none.
 [[nodiscard]] Study study_of(const Question& question, const Results& results);
 
-// The state that the user names: by the text of its cell or, if none has it, by the number in it.
-// nullptr if there is none; more than one throws Failure. Tells of states that are the same number.
-[[nodiscard]] const State* state_named(const std::string& name, const Combination& among,
-                                       const Question& question, const Results& results);
+// What cells are told apart by: blanks around them do no harm, and a number is itself however it is
+// written, as 300 and 300.0. More than 15 digits are text, for two of that kind may become one
+// number.
+[[nodiscard]] std::string key_of(const std::string& cell);
+
+// The state that the user names; nullptr if there is none.
+[[nodiscard]] const State* state_named(const std::string& name, const Combination& among);
 
 // The cells of the states, for messages.
 [[nodiscard]] std::string cells_of(const Combination& combination);
