@@ -13,17 +13,31 @@ namespace dorvek::tools {
 namespace {
 
 constexpr std::size_t mark_columns = 5;  // with the space behind the entry before
-constexpr std::size_t short_name = 8;    // columns; names are not shortened below
+constexpr std::size_t short_name = 8;    // columns; names are not shortened below,
+                                         // nor below what tells them apart
 constexpr std::size_t most_entries = 100;
+
+std::vector<std::string> names_of(const std::vector<Entry>& entries) {
+    std::vector<std::string> names;
+    for (const Entry& entry : entries) {
+        if (!entry.name.empty()) names.push_back(entry.name);
+    }
+    return names;
+}
 
 // The rows of the key if they have so many columns, and names at most so many.
 std::vector<std::vector<Entry>> rows_of(const std::vector<Entry>& entries, std::size_t columns,
                                         std::size_t name_columns, bool breaks) {
+    for (const Entry& entry : entries) {
+        if (entry.name.empty()) continue;
+        name_columns = std::min(name_columns, columns - mark_columns - width_of(entry.text));
+    }
+    const std::vector<std::string> names = shortened(names_of(entries), name_columns);
     std::vector<std::vector<Entry>> rows;
     std::size_t taken = 0;
+    auto name = names.begin();
     for (Entry entry : entries) {
-        const std::size_t room = columns - mark_columns - width_of(entry.text);
-        entry.name = shortened(entry.name, std::min(room, name_columns));
+        if (!entry.name.empty()) entry.name = *name++;
         const std::size_t width = mark_columns + width_of(entry.name) + width_of(entry.text);
         if (rows.empty() || taken + width > columns || (breaks && entry.begins_row)) {
             rows.emplace_back();
@@ -72,11 +86,17 @@ Key key_of(std::vector<Entry> entries, Kind kind, double height) {
     if (fits(text_columns, true)) return key;
     if (!is_text) key = small;
     if (fits(text_columns, true)) return key;
-    for (std::size_t name_width = text_columns; name_width >= short_name; --name_width) {
+    const std::vector<std::string> names = names_of(entries);
+    const auto are_alike = [&](std::size_t name_width) {
+        return different_in(shortened(names, name_width)) < different_in(names);
+    };
+    std::size_t least = short_name;
+    while (least < text_columns && are_alike(least)) ++least;
+    for (std::size_t name_width = text_columns; name_width >= least; --name_width) {
         if (fits(name_width, false)) return key;
     }
     do leave_out(1);
-    while (!fits(short_name, false) && entries.size() > 1);
+    while (!fits(least, false) && entries.size() > 1);
     return key;
 }
 

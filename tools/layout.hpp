@@ -48,8 +48,8 @@ struct Key {
 };
 
 // Lays out the entries, whose texts are printable, above a picture of this height. The letters are
-// of 8 points or, if there is no room, of 6; then names are shortened; at last, entries are left
-// out, and the last one says how many.
+// of 8 points or, if there is no room, of 6; then names are shortened, but not until two are alike;
+// at last, entries are left out, and the last one says how many.
 [[nodiscard]] Key key_of(std::vector<Entry> entries, Kind kind, double height);
 
 // The key as lines of text.

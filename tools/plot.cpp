@@ -219,7 +219,7 @@ void draw_input(const Call& call) {
             throw WrongCall(call.input + ": --of takes a table; dorvek-table makes one of it");
         }
         draw(call.look.kind, call.picture.value_or(""),
-             page_of(call.quantities, call.look, content, call.input));
+             page_of(graph_of(call.quantities, content, call.input), call.look));
     } else {
         draw_all(call,
                  is_results_file(content) ? results_in(call, content) : table_in(call, content));
@@ -245,10 +245,10 @@ void program(int argc, char** argv) {
         ->type_name("PICTURE");
     add_range(app, "--range", call.look.range, "show this part of r, or of the COLUMN");
     CLI::Option* log = app.add_flag("--log", call.look.log, "make g logarithmic");
-    app.add_option("--unit", call.look.unit, "the unit of r, for its label");
-    CLI::Option* input =
-        app.add_option("INPUT", call.input, "results file or table; - is standard input")
-            ->capture_default_str();
+    app.add_option("--unit", call.look.unit, "the unit of r, for its label")->type_name("TEXT");
+    CLI::Option* input = app.add_option(
+        "INPUT", call.input,
+        "results file or table; - is standard input, dorvek.res is read if none is named");
     const auto list = [&](const char* name, std::vector<std::string>& value, const char* what) {
         return app.add_option(name, value, what)->delimiter(',')->allow_extra_args(false);
     };
@@ -263,8 +263,10 @@ void program(int argc, char** argv) {
          "a line for each combination of these; if not said, of file and partial")
         ->type_name("COLUMN,...")
         ->needs(of);
-    CLI::Option* file =
-        app.add_option("--file", call.file, "a PDF file")->excludes(input)->excludes(of);
+    CLI::Option* file = app.add_option("--file", call.file, "a PDF file")
+                            ->type_name("FILE")
+                            ->excludes(input)
+                            ->excludes(of);
     CLI::Option* partial =
         add_whole(app, "--partial", call.partial, 1, input::maxpdf, "which of it, from 1")
             ->type_name("P")

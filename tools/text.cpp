@@ -1,6 +1,7 @@
 #include "text.hpp"
 
 #include <algorithm>
+#include <set>
 
 namespace dorvek::tools {
 namespace {
@@ -22,6 +23,36 @@ int character_length(std::string_view text) {
         if (next < (i == 1 ? low : 0x80) || next > (i == 1 ? high : 0xBF)) return 0;
     }
     return length;
+}
+
+constexpr std::string_view gap = "...";
+
+// How many bytes all texts begin with, up to the end of a word.
+std::size_t shared_bytes(const std::vector<std::string>& texts) {
+    std::size_t count = texts[0].size();
+    for (const std::string& text : texts) {
+        count = std::min(count, text.size());
+        const auto end = texts[0].begin() + static_cast<std::ptrdiff_t>(count);
+        count = static_cast<std::size_t>(std::mismatch(texts[0].begin(), end, text.begin()).first -
+                                         texts[0].begin());
+    }
+    const std::size_t last = texts[0].substr(0, count).find_last_of(" ,_/");
+    return last == std::string::npos ? 0 : last + 1;
+}
+
+// Without the words that all texts begin with.
+std::vector<std::string> without_beginning(const std::vector<std::string>& texts) {
+    const std::size_t count = texts.empty() ? 0 : shared_bytes(texts);
+    std::vector<std::string> cut;
+    for (const std::string& text : texts) {
+        cut.push_back(count > gap.size() ? std::string(gap) + text.substr(count) : text);
+    }
+    return cut;
+}
+
+std::vector<std::string> backwards(std::vector<std::string> texts) {
+    for (std::string& text : texts) std::ranges::reverse(text);
+    return texts;
 }
 
 }  // namespace
@@ -70,7 +101,6 @@ std::size_t width_of(std::string_view valid_text) {
 }
 
 std::string shortened(const std::string& valid_text, std::size_t width) {
-    constexpr std::string_view gap = "...";
     std::size_t taken = width_of(valid_text);
     if (taken <= width) return valid_text;
     const std::vector<std::string_view> characters = characters_of(valid_text);
@@ -85,6 +115,26 @@ std::string shortened(const std::string& valid_text, std::size_t width) {
     text += gap;
     for (std::size_t c = to; c < characters.size(); ++c) text += characters[c];
     return text;
+}
+
+std::vector<std::string> shortened(const std::vector<std::string>& valid_names, std::size_t width) {
+    const auto cut = [&](const std::vector<std::string>& names) {
+        std::vector<std::string> all;
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const bool fits = width_of(valid_names[i]) <= width;
+            all.push_back(fits ? valid_names[i] : shortened(names[i], width));
+        }
+        return all;
+    };
+    std::vector<std::string> all = cut(valid_names);
+    if (different_in(all) < different_in(valid_names)) {
+        all = cut(backwards(without_beginning(backwards(without_beginning(valid_names)))));
+    }
+    return all;
+}
+
+std::size_t different_in(const std::vector<std::string>& all) {
+    return std::set<std::string_view>(all.begin(), all.end()).size();
 }
 
 }  // namespace dorvek::tools
