@@ -29,16 +29,20 @@ namespace textio = dorvek::textio;
 struct Form {
     std::string_view name;
     void (*read)(ForeignFile& file, const TakeBlock& take);
+    std::string_view block;    // what its blocks are called
     std::string_view step;     // what is done with several blocks if --step does not say it
     std::string_view options;  // that go with it
+    std::string_view running;  // where the running numbers come from, if that can be chosen
 };
 
 constexpr std::array<Form, 3> forms{{
-    {"lammps", read_lammps, "last", " --range --step --from -o "},
-    {"columns", read_columns, "only",
+    {"lammps", read_lammps, "block", "last", " --range --step --from -o ", ""},
+    {"columns", read_columns, "block", "only",
      " --range --step --from -o --sets --use --running --cn --density --fractions --atoms --volume "
-     "--pairs "},
-    {"dlpoly", read_dlpoly, "sets", " --range --density --fractions --atoms --volume "},
+     "--pairs ",
+     "from one of --running, --cn, --density, and --atoms with --volume and --pairs"},
+    {"dlpoly", read_dlpoly, "pair", "sets", " --range --density --fractions --atoms --volume ",
+     "from the file or, where it holds none, from one of --density, and --atoms with --volume"},
 }};
 
 // The options, lists as they are typed.
@@ -70,14 +74,15 @@ std::vector<double> densities_of(const Call& call, std::span<const std::string> 
                 if (pair == name) meant.push_back(second_count / call.volume);
             }
         }
-        if (meant.size() != 1) throw WrongCall("--pairs: " + pair + " is not one pair of --atoms");
+        if (meant.size() != 1) throw WrongCall(pair + " is not one pair of --atoms");
         densities.push_back(meant[0]);
     }
     return densities;
 }
 
 // What the options make of the columns; `running` if the file itself holds the running numbers.
-Layout layout_of(const Call& call, bool running, std::span<const std::string> pairs) {
+Layout layout_of(const Form& form, const Call& call, bool running,
+                 std::span<const std::string> pairs) {
     Layout layout;
     layout.running = running;
     layout.range = call.range;
@@ -93,11 +98,10 @@ Layout layout_of(const Call& call, bool running, std::span<const std::string> pa
     const int ways = (running ? 1 : 0) + (call.running_file.empty() ? 0 : 1) +
                      (call.density > 0 ? 1 : 0) + (call.atoms.empty() ? 0 : 1);
     if (ways != 1) {
-        throw WrongCall(
-            "the running numbers come from one of --running, --cn, --density, and --atoms with "
-            "--volume and --pairs");
+        throw WrongCall("the running numbers come " + std::string(form.running));
     }
     if (!call.atoms.empty()) layout.densities = densities_of(call, pairs);
+    layout.counted = call.atoms.empty() ? "--fractions" : "--pairs";
     layout.density = call.density;
     for (const std::string& text : call.fractions) {
         layout.densities.push_back(layout.density *
@@ -121,15 +125,19 @@ void read_blocks(const Form& form, const std::string& name, const TakeBlock& tak
     form.read(file, take);
     ::close(file.input.fd);
     if (file.cut_short) {
-        tell(file.name + ": a block cut short at the end of the file is left out");
+        tell(file.name + (file.announced > 0
+                              ? ": cut short"
+                              : ": a block cut short at the end of the file is left out"));
     } else if (file.unterminated) {
         tell(file.name + ": the last line has no line feed; is it whole?");
     }
     if (!file.words.empty()) {
         tell(file.name + ": words among the numbers, left out; is the file whole? " + file.words);
     }
+    const std::size_t all = std::max(file.announced, file.blocks);
     tell(file.name + ": " + std::to_string(file.blocks) +
-         (file.blocks == 1 ? " block" : " blocks"));
+         (file.blocks < all ? " of " + std::to_string(all) : "") + ' ' + std::string(form.block) +
+         (all == 1 ? "" : "s"));
 }
 
 // The only block of a file.
@@ -174,7 +182,7 @@ Block mean_of_blocks(const Form& form, const std::string& name, std::size_t from
             }
         }
     });
-    if (count < from) throw Failure("--from: there are " + std::to_string(count) + " blocks");
+    if (count < from) throw Failure("--from: the number of blocks is " + std::to_string(count));
     for (std::size_t i = 0; i < mean.numbers.size(); i += mean.width) {
         for (std::size_t c = i + 1; c < i + mean.width; ++c) {
             mean.numbers[c] = {.value =
@@ -254,9 +262,10 @@ void convert(const Form& form, Call& call) {
             pairs.push_back(set.heading);
         }
         tell("partials: " + names);
-        write(pdf_text(sets, {}, layout_of(call, sets[0].width == 3, pairs), remarks));
+        write(pdf_text(sets, {}, layout_of(form, call, sets[0].width == 3, pairs), remarks));
     } else {
-        const Layout layout = layout_of(call, call.running || form.read == read_lammps, call.pairs);
+        const Layout layout =
+            layout_of(form, call, call.running || form.read == read_lammps, call.pairs);
         if (call.step == "all") {
             write_all(form, call, layout, remarks);
         } else {
@@ -293,7 +302,8 @@ void program(int argc, char** argv) {
     app.add_flag("--sets", call.sets, "the blocks are partials of the same r")->group(group);
     add_list("--use", call.use, "3,4", "the columns of g; r is column 1");
     app.add_flag("--running", call.running, "the columns are r, g, n, g, n, ...")->group(group);
-    describe(app.add_option("--cn", call.running_file, "there n stands in the place of g"), "FILE");
+    describe(app.add_option("--cn", call.running_file, "n of each partial, in the column of its g"),
+             "FILE");
     CLI::Option* pairs = add_list("--pairs", call.pairs, "Si-Si,Si-O,O-O", "of each partial");
     group = "Options of columns and dlpoly";
     CLI::Option* density = describe(
@@ -311,7 +321,7 @@ void program(int argc, char** argv) {
     require_input(file);
 
     const auto* const form = std::ranges::find(forms, call.form, &Form::name);
-    if (form == forms.end()) throw WrongCall("there is no form " + call.form);
+    if (form == forms.end()) throw WrongCall(call.form + " is no FORM: lammps, columns, dlpoly");
     require_options_of(*form, app);
     if (form->read == read_columns && !call.atoms.empty() && call.pairs.empty()) {
         throw WrongCall("--atoms needs --pairs");

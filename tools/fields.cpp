@@ -206,7 +206,7 @@ void split(std::string_view line, Fields& row) {
         row.separator = separator;
         at = behind_blanks(at + 1);
     }
-    while (!row.numbers.empty() && row.numbers.back().length == 0) row.numbers.pop_back();
+    while (row.numbers.size() > 1 && row.numbers.back().length == 0) row.numbers.pop_back();
     row.text = text;
     row.decimal_commas = comma_between_digits && blanks_separate && !semicolons;
 }
@@ -241,7 +241,9 @@ bool take_line(ForeignFile& file, std::string_view& line) {
     if (status != Status::ok) {
         const std::string reason =
             input.error == 0 ? "" : std::string(": ") + std::strerror(input.error);
-        throw Failure(file.name + ": " + std::string(message_of(status)) + reason);
+        const std::string what = std::string(message_of(status)) + reason;
+        throw status == Status::line_too_long ? bad_line(file, input.line_number + 1, what)
+                                              : Failure(file.name + ": " + what);
     }
     file.unterminated = is_last;
     if (!is_last) line.remove_suffix(line.ends_with("\r\n") ? 2 : 1);

@@ -29,6 +29,7 @@ struct ForeignFile {
     std::string name;           // for messages
     textio::Input input;        // which leaves tabs as they are: its tab is 0
     std::size_t blocks = 0;     // taken: all that are whole
+    std::size_t announced = 0;  // blocks, if the file says how many
     bool cut_short = false;     // one more begins, which the end of the file cuts
     std::string words{};        // the first line of words among rows, or behind the last
     bool unterminated = false;  // the last line has no line feed

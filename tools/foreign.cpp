@@ -115,9 +115,8 @@ void read_steps(ForeignFile& file, const TakeBlock& take) {
     std::size_t width = 0;
     while (take_row(file, row)) {
         if (rows == 0) {
-            require_width(file, row, 2);
-            rows = count_at(row, 1);
-            if (rows == 0) throw bad_line(file, "no number of rows");
+            rows = row.numbers.size() == 2 ? count_at(row, 1) : 0;
+            if (rows == 0) throw bad_line(file, "no step and number of rows");
             continue;
         }
         if (width != 0) require_width(file, row, width);
@@ -217,11 +216,12 @@ struct Columns {
 // A line that does not begin with a number is no row, and must not be one that has lost its r.
 void take_words(const ForeignFile& file, Columns& columns, std::string_view line, Fields& row) {
     require_text(file, line);
+    const std::size_t fields = row.numbers.size();
+    if (fields == 1 && row.numbers[0].length == 0) throw bad_line(file, "a row of empty cells");
     columns.last_words = shown(file.input.line_number, line);
     if (columns.first_words.empty()) columns.first_words = columns.last_words;
     const bool comment =
         row.text[row.numbers[0].begin] == '#' || row.text[row.numbers[0].begin] == '@';
-    const std::size_t fields = row.numbers.size();
     if (columns.width > 0 && !comment && line != "&" && columns.odd_words.empty()) {
         columns.odd_words = columns.last_words;
     }
@@ -247,6 +247,12 @@ void require_r(const ForeignFile& file, const Columns& columns, const Block& blo
                   "), so that r is the first");
 }
 
+// Is this one row, of whole numbers? So the counts of rows or pairs begin files of other forms.
+bool begins_counts(const Block& block) {
+    return rows_of(block) == 1 && block.width == 2 && whole_of(text_at(block, 0, 0)) &&
+           whole_of(text_at(block, 0, 1));
+}
+
 void take_numbers(ForeignFile& file, Columns& columns, const Fields& row, const TakeBlock& take) {
     Block& block = columns.block;
     const std::size_t rows = rows_of(block);
@@ -256,6 +262,13 @@ void take_numbers(ForeignFile& file, Columns& columns, const Fields& row, const 
         columns.first_line = file.input.line_number;
         const auto found = columns.almost_rows.find(columns.width);
         if (found != columns.almost_rows.end()) throw Failure(found->second);
+    }
+    if (row.numbers.size() != columns.width && file.blocks == 0 && begins_counts(block)) {
+        const bool pair = !columns.last_words.empty();
+        if (pair || row.numbers[0].value == 1) {
+            throw bad_line(
+                file, std::string("is the form not columns but ") + (pair ? "dlpoly?" : "lammps?"));
+        }
     }
     require_width(file, row, columns.width);
     if ((row.separator == ';') != (columns.separator == ';')) {
@@ -328,6 +341,9 @@ void read_columns(ForeignFile& file, const TakeBlock& take) {
             if (!begins_block(columns, row)) clear(columns.block);
             continue;
         }
+        if (row.numbers.size() == 1 && field_at(row, 0).ends_with(':')) {
+            throw bad_line(file, "a step of YAML? The form lammps reads it");
+        }
         require_numbers(file, row);
         take_numbers(file, columns, row, take_columns);
     }
@@ -339,17 +355,15 @@ void read_columns(ForeignFile& file, const TakeBlock& take) {
 void read_dlpoly(ForeignFile& file, const TakeBlock& take) {
     Block block;
     Fields row;
-    std::size_t pairs = 0;
     std::size_t bins = 0;
     std::size_t width = 0;
     std::string_view title;
     if (take_line(file, title) && take_row(file, row)) {
-        require_width(file, row, 2);
-        pairs = count_at(row, 0);
-        bins = count_at(row, 1);
-        if (pairs == 0 || bins == 0) throw bad_line(file, "no numbers of pairs and of bins");
+        file.announced = row.numbers.size() == 2 ? count_at(row, 0) : 0;
+        bins = file.announced > 0 ? count_at(row, 1) : 0;
+        if (bins == 0) throw bad_line(file, "no numbers of pairs and of bins");
     }
-    while (file.blocks < pairs && take_pair(file, row, block.heading)) {
+    while (file.blocks < file.announced && take_pair(file, row, block.heading)) {
         while (rows_of(block) < bins && take_row(file, row)) {
             if (width == 0) width = row.numbers.size() == 2 ? 2 : 3;
             require_width(file, row, width);
@@ -358,9 +372,10 @@ void read_dlpoly(ForeignFile& file, const TakeBlock& take) {
         if (rows_of(block) < bins) break;
         hand_over(file, block, take);
     }
-    file.cut_short = file.blocks < pairs;
-    if (!file.cut_short && take_row(file, row))
+    file.cut_short = file.blocks < file.announced;
+    if (!file.cut_short && take_row(file, row)) {
         throw bad_line(file, "more than its pairs and bins");
+    }
     require_blocks(file);
 }
 

@@ -87,9 +87,9 @@ std::vector<std::size_t> columns_of_g(const Layout& layout, std::size_t width) {
     const std::size_t last = columns.empty() ? width : std::ranges::max(columns) + step - 1;
     if (last < width) return columns;
     if (!layout.use.empty()) {
-        throw WrongCall("--use: there are " + std::to_string(width) + " columns");
+        throw WrongCall("--use: the number of columns is " + std::to_string(width));
     }
-    throw Failure(std::to_string(width) + " columns are not r, and g" +
+    throw Failure("columns: " + std::to_string(width) + "; they are not r, and g" +
                   (layout.running ? " and n" : "") + " of each partial");
 }
 
@@ -104,8 +104,8 @@ void require_same_grid(std::span<const double> r, const Block& block, const std:
 std::vector<Partial> partials_of(std::span<const Block> sets, std::span<const Block> running,
                                  const Layout& layout, std::span<const double> r) {
     if (!running.empty() && running.size() != sets.size()) {
-        throw Failure("--cn: that file has " + std::to_string(running.size()) + " of " +
-                      std::to_string(sets.size()) + " blocks");
+        throw Failure("--cn: the number of blocks is " + std::to_string(running.size()) + ", not " +
+                      std::to_string(sets.size()));
     }
     std::vector<Partial> partials;
     for (std::size_t set = 0; set < sets.size(); ++set) {
@@ -116,8 +116,8 @@ std::vector<Partial> partials_of(std::span<const Block> sets, std::span<const Bl
             if (layout.running) partial.n = {&sets[set], column + 1};
             if (!running.empty()) {
                 if (column >= running[set].width) {
-                    throw Failure("--cn: there are " + std::to_string(running[set].width) +
-                                  " columns");
+                    throw Failure("--cn: the number of columns is " +
+                                  std::to_string(running[set].width));
                 }
                 require_same_grid(r, running[set], "--cn: the file");
                 partial.n = {&running[set], column};
@@ -132,8 +132,8 @@ std::vector<Partial> partials_of(std::span<const Block> sets, std::span<const Bl
 double density_of(const Layout& layout, std::size_t partial, std::size_t partials) {
     if (layout.densities.empty()) return layout.density;
     if (layout.densities.size() == partials) return layout.densities[partial];
-    throw WrongCall("partials: " + std::to_string(partials) +
-                    ", fractions or pairs: " + std::to_string(layout.densities.size()));
+    throw WrongCall(layout.counted + ": " + std::to_string(layout.densities.size()) +
+                    ", but the number of partials is " + std::to_string(partials));
 }
 
 // n that has been read and falls is another function, or that of another partial.
@@ -170,39 +170,42 @@ Digits digits_of(std::string_view text) {
     return digits;
 }
 
-// Would more digits of r make its steps even? No bin then lies further off its place than rounding
-// moves it, and more than one is out of step; else a bin is missing.
-bool is_rounded(std::span<const double> r, const Block& block, std::size_t first) {
-    Digits most;
-    for (std::size_t i = 0; i < r.size(); ++i) {
-        const Digits digits = digits_of(text_at(block, first + i, 0));
-        most.behind_point = std::max(most.behind_point, digits.behind_point);
-        most.significant = std::max(most.significant, digits.significant);
-    }
+std::size_t bad_step(std::span<const double> r) {
+    return out_of_step(r.size(), [&](std::size_t i) { return r[i]; });
+}
+
+// Does no bin lie further off its place than rounding to these digits moves it? A missing bin does
+// not either, if a step is the last digit, but puts few bins out of step.
+bool is_rounded(std::span<const double> r, const Digits& digits) {
     const double step = (r.back() - r.front()) / static_cast<double>(r.size() - 1);
     std::size_t jumps = 0;
     for (std::size_t i = 0; i < r.size(); ++i) {
         if (i > 0 && std::abs(r[i] - r[i - 1] - step) >= step / 2) ++jumps;
         const double place = r.front() + static_cast<double>(i) * step;
         const double leading = std::floor(std::log10(std::max(std::abs(place), 1e-30)));
-        const double unit = std::pow(
-            10, std::max(-static_cast<double>(most.behind_point), leading + 1 - most.significant));
+        const double unit = std::pow(10, std::max(-static_cast<double>(digits.behind_point),
+                                                  leading + 1 - digits.significant));
         if (std::abs(r[i] - place) > 1.01 * unit) return false;
     }
-    return jumps > 1;
-}
-
-std::size_t bad_step(std::span<const double> r) {
-    return out_of_step(r.size(), [&](std::size_t i) { return r[i]; });
+    return jumps == 0 || (jumps > 1 && 20 * jumps > r.size());
 }
 
 void require_even(std::span<const double> r, const Block& block, std::size_t first) {
     if (r.size() < 2) throw Failure("fewer than two bins");
     const std::size_t bad = r.back() > r.front() ? bad_step(r) : 1;
     if (bad == r.size()) return;
+    Digits most;
+    for (std::size_t i = 0; i < r.size(); ++i) {
+        const Digits digits = digits_of(text_at(block, first + i, 0));
+        most.behind_point = std::max(most.behind_point, digits.behind_point);
+        most.significant = std::max(most.significant, digits.significant);
+    }
+    const bool is_whole = most.behind_point == 0;
     throw Failure("r does not ascend in even steps at " +
                   std::string(text_at(block, first + bad, 0)) +
-                  (is_rounded(r, block, first) ? ": more digits of r would cure that" : ""));
+                  (is_whole && r[bad] == r[bad - 1]   ? ": has it decimal commas?"
+                   : !is_whole && is_rounded(r, most) ? ": more digits of r would cure that"
+                                                      : ""));
 }
 
 }  // namespace

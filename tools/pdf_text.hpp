@@ -16,6 +16,7 @@ struct Layout {
     std::vector<std::size_t> use;   // the columns of g, counted from 1; empty for all behind r
     bool running = false;           // each g is followed by its running number
     std::vector<double> densities;  // otherwise, of the atoms that each partial counts,
+    std::string counted;            // as this option has it,
     double density = 0;             // or that every partial counts
     Range range;                    // of the r that are written
 };
