@@ -92,14 +92,14 @@ std::int32_t whole_cell(const Row& row, Column column, std::string_view heading)
     const std::string_view cell = cell_of(row, column);
     if (const auto number = whole_of(cell)) return *number;
     throw Failure(std::string(heading) + (cell.empty() ? " is missing" : " is no whole number: ") +
-                  std::string(cell));
+                  printable(cell));
 }
 
 float real_cell(const Row& row, Column column, std::string_view heading) {
     const std::string_view cell = cell_of(row, column);
     if (const auto number = real_of(cell)) return *number;
     throw Failure(std::string(heading) + (cell.empty() ? " is missing" : " is no number: ") +
-                  std::string(cell));
+                  printable(cell));
 }
 
 std::vector<float> bins_of(const input::Column& column, const input::PdfSet& set) {

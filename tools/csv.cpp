@@ -35,6 +35,7 @@ TableReader::TableReader(std::string content, const std::string& name)
         const std::string_view line = std::string_view(content_).substr(taken_, end - taken_);
         const auto holds = [line](char c) { return line.find(c) != std::string_view::npos; };
         if (line.find_first_not_of(blanks) != std::string_view::npos) {
+            if (holds('\0')) throw WrongCall(name_ + ": UTF-16, or no text; tables are UTF-8");
             if (holds('\t')) separator_ = '\t';
             if (!holds('\t') && !holds(',') && holds(';')) {
                 throw WrongCall(name_ + ": its columns are apart by semicolons, not by commas");

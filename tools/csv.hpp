@@ -19,7 +19,7 @@ using Row = std::vector<std::string>;
 class TableReader {
    public:
     // Reads the headings in the content of the file `name`; standard input is called "-". None, two
-    // that are alike, and semicolons in the place of commas throw WrongCall.
+    // that are alike, a zero byte, and semicolons in the place of commas throw WrongCall.
     TableReader(std::string content, const std::string& name);
 
     // Some may be empty.
