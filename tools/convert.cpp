@@ -284,11 +284,13 @@ void program(int argc, char** argv) {
     app.add_option("FORM", call.form, "what FILE is: lammps, columns, dlpoly")->required();
     const CLI::Option* file = app.add_option("FILE", call.file, "standard input if - or none");
     add_range(app, "--range", call.range, "write these r only");
-    app.add_option("--step", call.step, "the block to take; of lammps the last if not said")
-        ->check(CLI::IsMember({"last", "mean", "all"}));
+    app.add_option("--step", call.step, "the blocks to take; of lammps the last if not said")
+        ->check(CLI::IsMember({"last", "mean", "all"}).description(""))
+        ->type_name("last|mean|all");
     constexpr std::int32_t many = std::numeric_limits<std::int32_t>::max();
     constexpr double large = std::numeric_limits<double>::infinity();
-    add_whole(app, "--from", call.from, 1, many, "the mean is of all blocks from this one on");
+    add_whole(app, "--from", call.from, 1, many, "the mean is of all blocks from this one on")
+        ->type_name("N");
     app.add_option("-o", call.output, "all go to NAME-1.dat, NAME-2.dat, ...")->type_name("NAME");
 
     const char* group = "Options of columns";
@@ -304,16 +306,20 @@ void program(int argc, char** argv) {
     app.add_flag("--running", call.running, "the columns are r, g, n, g, n, ...")->group(group);
     describe(app.add_option("--cn", call.running_file, "n of each partial, in the column of its g"),
              "FILE");
-    CLI::Option* pairs = add_list("--pairs", call.pairs, "Si-Si,Si-O,O-O", "of each partial");
+    CLI::Option* pairs =
+        add_list("--pairs", call.pairs, "Si-Si,Si-O,O-O",
+                 "the kinds of each partial: the second is counted around the first");
     group = "Options of columns and dlpoly";
     CLI::Option* density = describe(
         add_real(app, "--density", call.density, above_zero, large, "atoms in a unit of volume"),
         "RHO");
-    add_list("--fractions", call.fractions, "C,C", "of those counted, for each partial")
+    add_list("--fractions", call.fractions, "C,C", "the part of RHO that each partial counts")
         ->needs(density);
-    CLI::Option* atoms = add_list("--atoms", call.atoms, "Si=512,O=1024", "the atoms in VOLUME");
+    CLI::Option* atoms =
+        add_list("--atoms", call.atoms, "Si=512,O=1024", "how many of each kind are in VOLUME");
     CLI::Option* volume = describe(
-        add_real(app, "--volume", call.volume, above_zero, large, "in the unit of r"), "VOLUME");
+        add_real(app, "--volume", call.volume, above_zero, large, "in the unit of r, cubed"),
+        "VOLUME");
     atoms->needs(volume);
     volume->needs(atoms);
     pairs->needs(atoms);

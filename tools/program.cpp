@@ -297,9 +297,12 @@ void parse(CLI::App& app, int argc, char** argv, const std::string& example) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& shown) {
-        std::ostringstream text;
-        app.exit(shown, text);
-        write(text.str());
+        std::ostringstream out;
+        app.exit(shown, out);
+        std::string text = out.str();
+        for (std::size_t at = 0; (at = text.find("\n\n\n")) != std::string::npos;)
+            text.erase(at, 1);
+        write(text);
         throw;
     }
 }
