@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <map>
 #include <ostream>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -13,31 +15,49 @@ namespace dorvek::tools {
 namespace {
 
 constexpr std::size_t mark_columns = 5;  // with the space behind the entry before
-constexpr std::size_t short_name = 8;    // columns; names are not shortened below,
-                                         // nor below what tells them apart
+// In columns: names are not shortened below the first, and what tells them apart not below the
+// second.
+constexpr std::size_t short_name = 8;
+constexpr std::size_t legible_name = 20;
 constexpr std::size_t most_entries = 100;
 
-std::vector<std::string> names_of(const std::vector<Entry>& entries) {
-    std::vector<std::string> names;
+// The different names, and what tells each of them from all others.
+std::map<std::string, std::string> differences_in(const std::vector<Entry>& entries) {
+    std::set<std::string> different;
     for (const Entry& entry : entries) {
-        if (!entry.name.empty()) names.push_back(entry.name);
+        if (!entry.name.empty()) different.insert(entry.name);
     }
-    return names;
+    const std::vector<std::string> names(different.begin(), different.end());
+    const std::vector<std::string> cut = without_shared_words(names);
+    std::map<std::string, std::string> differences;
+    for (std::size_t i = 0; i < names.size(); ++i) differences[names[i]] = cut[i];
+    return differences;
+}
+
+// A name in at most so many columns: what all begin or end with goes first.
+std::string short_form(const std::pair<const std::string, std::string>& name, std::size_t columns) {
+    return width_of(name.first) <= columns ? name.first : shortened(name.second, columns);
+}
+
+// Are there two of these names that are alike if they have so many columns?
+bool are_alike(const std::map<std::string, std::string>& names, std::size_t columns) {
+    std::set<std::string> different;
+    for (const auto& name : names) different.insert(short_form(name, columns));
+    return different.size() < names.size();
 }
 
 // The rows of the key if they have so many columns, and names at most so many.
-std::vector<std::vector<Entry>> rows_of(const std::vector<Entry>& entries, std::size_t columns,
-                                        std::size_t name_columns, bool breaks) {
-    for (const Entry& entry : entries) {
-        if (entry.name.empty()) continue;
-        name_columns = std::min(name_columns, columns - mark_columns - width_of(entry.text));
-    }
-    const std::vector<std::string> names = shortened(names_of(entries), name_columns);
+std::vector<std::vector<Entry>> rows_of(const std::vector<Entry>& entries,
+                                        const std::map<std::string, std::string>& names,
+                                        std::size_t columns, std::size_t name_columns,
+                                        bool breaks) {
     std::vector<std::vector<Entry>> rows;
     std::size_t taken = 0;
-    auto name = names.begin();
     for (Entry entry : entries) {
-        if (!entry.name.empty()) entry.name = *name++;
+        const std::size_t room = columns - mark_columns - width_of(entry.text);
+        if (const auto name = names.find(entry.name); name != names.end()) {
+            entry.name = short_form(*name, std::min(room, name_columns));
+        }
         const std::size_t width = mark_columns + width_of(entry.name) + width_of(entry.text);
         if (rows.empty() || taken + width > columns || (breaks && entry.begins_row)) {
             rows.emplace_back();
@@ -71,9 +91,10 @@ Key key_of(std::vector<Entry> entries, Kind kind, double height) {
     const bool is_text = kind == Kind::text;
     const double width = is_text ? text_columns : figure_width;
     Key key = is_text ? Key{} : usual;
+    const std::map<std::string, std::string> names = differences_in(entries);
     const auto fits = [&](std::size_t name_width, bool breaks) {
         const auto columns = static_cast<std::size_t>(width / key.column_width);
-        key.rows = rows_of(entries, columns, name_width, breaks);
+        key.rows = rows_of(entries, names, columns, name_width, breaks);
         return static_cast<double>(key.rows.size()) * key.row_height <= height / 5;
     };
     std::size_t left_out = 0;
@@ -86,12 +107,12 @@ Key key_of(std::vector<Entry> entries, Kind kind, double height) {
     if (fits(text_columns, true)) return key;
     if (!is_text) key = small;
     if (fits(text_columns, true)) return key;
-    const std::vector<std::string> names = names_of(entries);
-    const auto are_alike = [&](std::size_t name_width) {
-        return different_in(shortened(names, name_width)) < different_in(names);
-    };
     std::size_t least = short_name;
-    while (least < text_columns && are_alike(least)) ++least;
+    for (const auto& [name, difference] : names) {
+        const std::size_t needed = width_of(difference);
+        if (needed <= legible_name) least = std::max(least, needed);
+    }
+    while (least < text_columns && are_alike(names, least)) ++least;
     for (std::size_t name_width = text_columns; name_width >= least; --name_width) {
         if (fits(name_width, false)) return key;
     }

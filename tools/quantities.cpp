@@ -197,10 +197,11 @@ Graph graph_of(const Quantities& wanted, const std::string& content, const std::
     std::size_t nowhere = 0;
     for (const RowOfPoints& row : rows) {
         double x = value_of(row.across).value_or(nan);
-        if (is_text) {
-            const auto known = std::ranges::find(graph.texts, row.across);
+        const std::string text = key_of(row.across);
+        if (is_text && !text.empty()) {
+            const auto known = std::ranges::find(graph.texts, text);
             x = static_cast<double>(known - graph.texts.begin());
-            if (known == graph.texts.end()) graph.texts.push_back(row.across);
+            if (known == graph.texts.end()) graph.texts.push_back(text);
         }
         if (std::isnan(x)) ++nowhere;
         for (auto [q, point] : row.points) {

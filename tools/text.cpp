@@ -1,7 +1,6 @@
 #include "text.hpp"
 
 #include <algorithm>
-#include <set>
 
 namespace dorvek::tools {
 namespace {
@@ -42,7 +41,7 @@ std::size_t shared_bytes(const std::vector<std::string>& texts) {
 
 // Without the words that all texts begin with.
 std::vector<std::string> without_beginning(const std::vector<std::string>& texts) {
-    const std::size_t count = texts.empty() ? 0 : shared_bytes(texts);
+    const std::size_t count = texts.size() > 1 ? shared_bytes(texts) : 0;
     std::vector<std::string> cut;
     for (const std::string& text : texts) {
         cut.push_back(count > gap.size() ? std::string(gap) + text.substr(count) : text);
@@ -117,24 +116,8 @@ std::string shortened(const std::string& valid_text, std::size_t width) {
     return text;
 }
 
-std::vector<std::string> shortened(const std::vector<std::string>& valid_names, std::size_t width) {
-    const auto cut = [&](const std::vector<std::string>& names) {
-        std::vector<std::string> all;
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            const bool fits = width_of(valid_names[i]) <= width;
-            all.push_back(fits ? valid_names[i] : shortened(names[i], width));
-        }
-        return all;
-    };
-    std::vector<std::string> all = cut(valid_names);
-    if (different_in(all) < different_in(valid_names)) {
-        all = cut(backwards(without_beginning(backwards(without_beginning(valid_names)))));
-    }
-    return all;
-}
-
-std::size_t different_in(const std::vector<std::string>& all) {
-    return std::set<std::string_view>(all.begin(), all.end()).size();
+std::vector<std::string> without_shared_words(const std::vector<std::string>& valid_texts) {
+    return backwards(without_beginning(backwards(without_beginning(valid_texts))));
 }
 
 }  // namespace dorvek::tools

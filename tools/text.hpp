@@ -26,12 +26,8 @@ namespace dorvek::tools {
 // to differ at their ends.
 [[nodiscard]] std::string shortened(const std::string& valid_text, std::size_t width);
 
-// The same of names that are to be told apart: if two become alike so, the words go first that all
-// of them begin or end with.
-[[nodiscard]] std::vector<std::string> shortened(const std::vector<std::string>& valid_names,
-                                                 std::size_t width);
-
-// How many of them are different.
-[[nodiscard]] std::size_t different_in(const std::vector<std::string>& all);
+// Different texts, with three dots in the place of the words that all begin or end with.
+[[nodiscard]] std::vector<std::string> without_shared_words(
+    const std::vector<std::string>& valid_texts);
 
 }  // namespace dorvek::tools
