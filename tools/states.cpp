@@ -290,7 +290,7 @@ Study study_of(const Question& question, const Results& results) {
 }
 
 std::string key_of(const std::string& cell) {
-    const std::string text(textio::trimmed(cell));
+    std::string text(textio::trimmed(cell));
     const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
     const auto number = value_of(text);
     if (!number || !std::isfinite(*number) || std::ranges::count_if(text, is_digit) > 15) {

@@ -40,13 +40,11 @@ std::size_t shared_bytes(const std::vector<std::string>& texts) {
 }
 
 // Without the words that all texts begin with.
-std::vector<std::string> without_beginning(const std::vector<std::string>& texts) {
+std::vector<std::string> without_beginning(std::vector<std::string> texts) {
     const std::size_t count = texts.size() > 1 ? shared_bytes(texts) : 0;
-    std::vector<std::string> cut;
-    for (const std::string& text : texts) {
-        cut.push_back(count > gap.size() ? std::string(gap) + text.substr(count) : text);
-    }
-    return cut;
+    if (count <= gap.size()) return texts;
+    for (std::string& text : texts) text.replace(0, count, gap);
+    return texts;
 }
 
 std::vector<std::string> backwards(std::vector<std::string> texts) {
