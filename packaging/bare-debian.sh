@@ -26,11 +26,11 @@ inside() { env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin chroot "$@"; }
 as_user() { inside --userspec=nobody:nogroup "$root" "$@"; }
 files() { (cd "$root" && find etc usr var/lib | sort); }
 if ls "$root"/tmp/*.deb >/dev/null 2>&1; then
-    before=$(files)
+    files >"$root/before"
     inside "$root" sh -c 'dpkg -i /tmp/*.deb'
     as_user sh /tmp/try.sh /usr
     inside "$root" sh -c 'ls /tmp/*.deb | sed "s|.*/||; s|_.*||" | xargs dpkg --purge'
-    left=$(files | grep -vFx "$before" || :)
+    left=$(files | grep -vFxf "$root/before" || :)
     [ -z "$left" ] || { echo "bare-debian.sh: dpkg --purge leaves $left" >&2 && exit 1; }
 fi
 for file in "$root"/tmp/*.tar.gz; do
