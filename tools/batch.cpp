@@ -91,7 +91,10 @@ std::string_view cell_of(const Row& row, Column column) {
 std::int32_t whole_cell(const Row& row, Column column, std::string_view heading) {
     const std::string_view cell = cell_of(row, column);
     if (const auto number = whole_of(cell)) return *number;
-    throw Failure(std::string(heading) + (cell.empty() ? " is missing" : " is no whole number: ") +
+    throw Failure(std::string(heading) +
+                  (cell.empty()         ? " is missing"
+                   : is_too_large(cell) ? " is too large: "
+                                        : " is no whole number: ") +
                   printable(cell));
 }
 

@@ -25,6 +25,15 @@ std::optional<Number> number_of(std::string_view token) {
     return number;
 }
 
+// 3 of 3.0
+std::string_view without_decimals(std::string_view cell) {
+    cell = textio::trimmed(cell);
+    const std::size_t point = cell.find('.');
+    const bool is_whole = point != std::string_view::npos && point > 0 &&
+                          cell.find_first_not_of('0', point + 1) == std::string_view::npos;
+    return is_whole ? cell.substr(0, point) : cell;
+}
+
 }  // namespace
 
 TableReader::TableReader(std::string content, const std::string& name)
@@ -133,13 +142,14 @@ std::optional<float> real_of(std::string_view cell) {
 }
 
 std::optional<std::int32_t> whole_of(std::string_view cell) {
-    cell = textio::trimmed(cell);
-    const std::size_t point = cell.find('.');
-    if (point != std::string_view::npos && point > 0) {
-        const std::string_view decimals = cell.substr(point + 1);
-        if (decimals.find_first_not_of('0') == std::string_view::npos) cell = cell.substr(0, point);
-    }
-    return number_of<std::int32_t>(cell);
+    return number_of<std::int32_t>(without_decimals(cell));
+}
+
+bool is_too_large(std::string_view cell) {
+    std::string_view digits = without_decimals(cell);
+    if (digits.starts_with('+') || digits.starts_with('-')) digits.remove_prefix(1);
+    return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos &&
+           !whole_of(cell);
 }
 
 std::string shortest(float number) {

@@ -54,6 +54,9 @@ class TableReader {
 [[nodiscard]] std::optional<float> real_of(std::string_view cell);
 [[nodiscard]] std::optional<std::int32_t> whole_of(std::string_view cell);
 
+// Is the cell a whole number that whole_of does not take, for an std::int32_t does not hold it?
+[[nodiscard]] bool is_too_large(std::string_view cell);
+
 // The shortest text that the program reads as this number.
 [[nodiscard]] std::string shortest(float number);
 
