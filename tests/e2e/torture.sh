@@ -21,11 +21,10 @@ reasons='Too many|Input/out|No space|[Nn]ot enough mem|allocate mem|Interrupted|
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
-mkdir data
-cp "$silica/silica_300K.dat" data/a.dat
-cp "$silica/silica_1500K.dat" data/b.dat
-cd data
+mkdir "$scratch/data"
+cd "$scratch/data"
+cp "$silica/silica_300K.dat" a.dat
+cp "$silica/silica_1500K.dat" b.dat
 printf '%s\n' 1 a.dat 3 name 2 0 '1.4 2.2' y 2 0 '1.4 2.1' n n >answers
 printf '%s\n' T,file,partial,rmin,rmax 3,a.dat,2,1.4,2.2 15,b.dat,2,1.4,2.2 3,a.dat,2,1.4,2.3 \
     15,b.dat,2,1.4,2.3 >windows.csv
@@ -89,7 +88,6 @@ holds() {
 
 call=all
 try -e trace=all
-rm -rf whole
 mv run whole
 mv out whole.out
 met=$(sed -nE 's/^([0-9]+ +)?([a-z0-9_]+)\(.*/\2/p' calls | grep -v exit | sort -u)
