@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <map>
+#include <optional>
 #include <span>
 
 #include "csv.hpp"
@@ -220,8 +220,8 @@ void take_words(const ForeignFile& file, Columns& columns, std::string_view line
     if (fields == 1 && row.numbers[0].length == 0) throw bad_line(file, "a row of empty cells");
     columns.last_words = shown(file.input.line_number, line);
     if (columns.first_words.empty()) columns.first_words = columns.last_words;
-    const bool comment =
-        row.text[row.numbers[0].begin] == '#' || row.text[row.numbers[0].begin] == '@';
+    const char first = row.text[row.numbers[0].begin];
+    const bool comment = first == '#' || first == '@';
     if (columns.width > 0 && !comment && line != "&" && columns.odd_words.empty()) {
         columns.odd_words = columns.last_words;
     }
@@ -275,9 +275,10 @@ void take_numbers(ForeignFile& file, Columns& columns, const Fields& row, const 
         throw bad_line(file, "only some of the rows are apart by semicolons");
     }
     if (rows > 0 && row.numbers[0].value < at(block, rows - 1, 0).value) {
-        if (columns.last_words.empty())
+        if (columns.last_words.empty()) {
             columns.last_words =
                 shown(columns.last_line, std::string_view(block.text).substr(block.begin.back()));
+        }
         columns.rows_before = rows;
         hand_over(file, block, take);
     }
@@ -296,9 +297,10 @@ void take_numbers(ForeignFile& file, Columns& columns, const Fields& row, const 
 bool begins_block(const Columns& columns, const Fields& row) {
     const std::size_t rows = rows_of(columns.block);
     if (rows == 0) return false;
-    if (row.numbers.size() > 1)
-        return number_of(field_at(row, 0)).value_or(std::numeric_limits<double>::infinity()) <
-               at(columns.block, rows - 1, 0).value;
+    if (row.numbers.size() > 1) {
+        const std::optional<double> r = number_of(field_at(row, 0));
+        return r && *r < at(columns.block, rows - 1, 0).value;
+    }
     if (columns.rows_before > 0) return rows >= columns.rows_before;
     return text_at(columns.block, 0, 0).starts_with(field_at(row, 0));
 }
@@ -321,11 +323,10 @@ void read_lammps(ForeignFile& file, const TakeBlock& take) {
 void read_columns(ForeignFile& file, const TakeBlock& take) {
     Columns columns;
     Fields row;
-    const auto checked = [&](Block& block) {
+    const TakeBlock take_columns = [&](Block& block) {
         require_r(file, columns, block);
         take(block);
     };
-    const TakeBlock take_columns = checked;
     for (std::string_view line; take_line(file, line);) {
         take_fields(line, row);
         if (row.numbers.empty()) continue;
@@ -333,6 +334,7 @@ void read_columns(ForeignFile& file, const TakeBlock& take) {
             take_words(file, columns, line, row);
             continue;
         }
+        // A line without its end may have lost digits; of a single block, it may be whole.
         const bool is_whole = !file.unterminated ||
                               (columns.rows_before == 0 && row.numbers.size() >= columns.width &&
                                first_bad(row) == row.numbers.size());
