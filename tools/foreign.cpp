@@ -263,18 +263,21 @@ void take_numbers(ForeignFile& file, Columns& columns, const Fields& row, const 
         const auto found = columns.almost_rows.find(columns.width);
         if (found != columns.almost_rows.end()) throw Failure(found->second);
     }
-    if (row.numbers.size() != columns.width && file.blocks == 0 && begins_counts(block)) {
-        const bool pair = !columns.last_words.empty();
-        if (pair || row.numbers[0].value == 1) {
-            throw bad_line(
-                file, std::string("is the form not columns but ") + (pair ? "dlpoly?" : "lammps?"));
+    const bool falls = rows > 0 && row.numbers[0].value < at(block, rows - 1, 0).value;
+    if (file.blocks == 0 && begins_counts(block)) {
+        const bool other_width = row.numbers.size() != columns.width;
+        if (!columns.last_words.empty() && (other_width || falls)) {
+            throw bad_line(file, "is the form not columns but dlpoly?");
+        }
+        if (other_width && row.numbers[0].value == 1) {
+            throw bad_line(file, "is the form not columns but lammps?");
         }
     }
     require_width(file, row, columns.width);
     if ((row.separator == ';') != (columns.separator == ';')) {
         throw bad_line(file, "only some of the rows are apart by semicolons");
     }
-    if (rows > 0 && row.numbers[0].value < at(block, rows - 1, 0).value) {
+    if (falls) {
         if (columns.last_words.empty()) {
             columns.last_words =
                 shown(columns.last_line, std::string_view(block.text).substr(block.begin.back()));
