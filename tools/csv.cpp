@@ -37,7 +37,7 @@ std::string_view without_decimals(std::string_view cell) {
 }  // namespace
 
 TableReader::TableReader(std::string content, const std::string& name)
-    : name_(name == "-" ? "standard input" : name), content_(std::move(content)) {
+    : name_(input_name(name)), content_(std::move(content)) {
     if (content_.starts_with("\xEF\xBB\xBF")) taken_ = 3;
     for (;;) {  // up to the first line that is not blank
         const std::size_t end = std::min(content_.find('\n', taken_), content_.size());

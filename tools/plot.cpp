@@ -22,6 +22,7 @@
 #include "quantities.hpp"
 #include "results.hpp"
 #include "results_file.hpp"
+#include "text.hpp"
 #include "textio/lines.hpp"
 
 namespace {
@@ -46,7 +47,7 @@ std::filesystem::path beside(const std::string& input, const std::string& file) 
 
 std::vector<CurvePicture> results_in(const Call& call, const std::string& content) {
     std::vector<CurvePicture> pictures;
-    for_each_report_of(content, call.input, [&](const FiledReport& filed) {
+    for_each_report_of(content, input_name(call.input), [&](const FiledReport& filed) {
         const driver::Report& report = filed.report;
         CurvePicture picture{
             .number = filed.number, .windows = {report.found.window}, .samples = {}};
@@ -122,7 +123,8 @@ std::vector<CurvePicture> table_in(const Call& call, const std::string& content)
     for (const char* heading :
          {"sample", "file", "name", "pdf", "rmin", "rmax", "Rmea", "Rmod", "var"}) {
         if (table.column(heading)) continue;
-        throw WrongCall(call.input + ": is no table of results, without column " + heading);
+        throw WrongCall(input_name(call.input) + ": is no table of results, without column " +
+                        heading);
     }
     std::vector<CurvePicture> pictures;
     std::map<Row, std::size_t> latest;  // picture of a report
@@ -150,10 +152,10 @@ std::vector<CurvePicture> table_in(const Call& call, const std::string& content)
             pictures.push_back(
                 {.number = pictures.size() + 1, .windows = {window}, .samples = {sample}});
         } catch (const Failure& failure) {
-            complain(call.input + ", row " + std::to_string(n) + ": " + failure.what());
+            complain(input_name(call.input) + ", row " + std::to_string(n) + ": " + failure.what());
         }
     }
-    if (pictures.empty()) complain(call.input + ": no report");
+    if (pictures.empty()) complain(input_name(call.input) + ": no report");
     return pictures;
 }
 
@@ -211,15 +213,16 @@ bool is_pdf_file(const std::string& content) {
 void draw_input(const Call& call) {
     const std::string content = content_of(call.input);
     if (is_pdf_file(content)) {
-        throw WrongCall(call.input + ": is a PDF file; dorvek-plot --file " + call.input +
-                        " --partial 1 draws its first partial");
+        throw WrongCall(input_name(call.input) + ": is a PDF file; dorvek-plot --file " +
+                        call.input + " --partial 1 draws its first partial");
     }
     if (!call.quantities.of.empty()) {
         if (!content.empty() && is_results_file(content)) {
-            throw WrongCall(call.input + ": --of takes a table; dorvek-table makes one of it");
+            throw WrongCall(input_name(call.input) +
+                            ": --of takes a table; dorvek-table makes one of it");
         }
         draw(call.look.kind, call.picture.value_or(""),
-             page_of(graph_of(call.quantities, content, call.input), call.look));
+             page_of(graph_of(call.quantities, content, input_name(call.input)), call.look));
     } else {
         draw_all(call,
                  is_results_file(content) ? results_in(call, content) : table_in(call, content));
@@ -232,6 +235,14 @@ Kind kind_of(const std::string& picture) {
         if (picture.ends_with(suffix)) return kind;
     }
     throw WrongCall(picture + ": the name of a picture ends in .png, .svg or .pdf");
+}
+
+// A picture must not take the place of what it shows.
+void require_no_loss(const std::string& picture, const std::string& input) {
+    std::error_code neither_is_there;
+    if (std::filesystem::equivalent(picture, input, neither_is_there)) {
+        throw WrongCall("-o " + picture + ": is the file to draw");
+    }
 }
 
 void program(int argc, char** argv) {
@@ -276,7 +287,10 @@ void program(int argc, char** argv) {
               "partials in each file; if not said, those of its first line")
         ->type_name("N");
     parse(app, argc, argv, "dorvek-plot --file silica_300K.dat --partial 2 --range 1:4");
-    if (call.picture) call.look.kind = kind_of(*call.picture);
+    if (call.picture) {
+        call.look.kind = kind_of(*call.picture);
+        require_no_loss(*call.picture, call.file.value_or(call.input));
+    }
     if (call.file) {
         draw_all(call, {preview({.file = *call.file,
                                  .partials = call.partials,

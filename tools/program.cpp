@@ -199,9 +199,7 @@ bool write_file(const std::string& name, std::string_view text) {
 }
 
 std::string content_of(const std::string& name) {
-    const bool is_standard = name == "-";
-    const std::string called = is_standard ? "standard input" : name;
-    const int fd = is_standard ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    const int fd = name == "-" ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
     const struct Closer {
         ~Closer() {
             if (fd > STDERR_FILENO) ::close(fd);
@@ -222,11 +220,11 @@ std::string content_of(const std::string& name) {
         content += read;
         if (content.size() - line > textio::longest_line) {
             const auto number = std::count(content.begin(), content.end(), '\n') + 1;
-            throw Failure(called + ", line " + std::to_string(number) + ": " +
+            throw Failure(input_name(name) + ", line " + std::to_string(number) + ": " +
                           std::string(message_of(textio::Status::line_too_long)));
         }
     }
-    throw Failure(called + ": cannot be read" + system_reason());
+    throw Failure(input_name(name) + ": cannot be read" + system_reason());
 }
 
 std::int32_t whole_argument(std::string_view option, std::string_view text, std::int32_t least,

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "program.hpp"
+#include "text.hpp"
 #include "textio/lines.hpp"
 
 namespace dorvek::tools {
@@ -43,7 +44,7 @@ void for_each_report(const std::string& name, const std::function<void(const Fil
     } catch (const Failure& failure) {
         return complain(failure.what());
     }
-    for_each_report_of(content, name, use);
+    for_each_report_of(content, input_name(name), use);
 }
 
 void for_each_report_of(std::string_view text, const std::string& name,

@@ -54,6 +54,10 @@ std::vector<std::string> backwards(std::vector<std::string> texts) {
 
 }  // namespace
 
+std::string input_name(const std::string& named) {
+    return named == "-" ? "standard input" : named;
+}
+
 std::string valid_utf8(std::string_view text) {
     const auto is_ascii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
     if (std::ranges::all_of(text, is_ascii)) return std::string(text);

@@ -8,6 +8,9 @@
 
 namespace dorvek::tools {
 
+// What messages call the input that a call names so: "-" is standard input.
+[[nodiscard]] std::string input_name(const std::string& named);
+
 // The text without what is not UTF-8: a character that the end cuts is left out, other bytes become
 // U+FFFD.
 [[nodiscard]] std::string valid_utf8(std::string_view text);
